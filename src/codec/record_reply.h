@@ -1,0 +1,33 @@
+// Answers that are records and nothing else.
+#pragma once
+
+#include <cstddef>
+#include <utility>
+
+#include "codec/records.h"
+#include "host/reply_channel.h"
+
+namespace tidemark {
+
+// {key: record}
+template <std::size_t size, typename Item>
+void replyWithRecord(RequestId id, const char (&key)[size], const Item& item) {
+  ReplyObject object;
+  object.writer().key(key);
+  encode(item, object.writer());
+  reply(id, std::move(object));
+}
+
+// {key: [record, ...]}; `items` holds pointers.
+template <std::size_t size, typename Items>
+void replyWithRecords(RequestId id, const char (&key)[size], const Items& items) {
+  ReplyObject object;
+  JsonWriter& writer = object.writer();
+  writer.key(key);
+  writer.beginArray();
+  for (const auto& item : items) encode(*item, writer);
+  writer.endArray();
+  reply(id, std::move(object));
+}
+
+}  // namespace tidemark
