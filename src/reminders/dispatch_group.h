@@ -1,0 +1,27 @@
+// Waits for several pieces of work that end on whatever threads, and then does one thing more.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <mutex>
+
+namespace tidemark {
+
+// Any thread. It must live until the last `leave` has returned.
+class DispatchGroup {
+ public:
+  // A piece of work begins; it ends with `leave`, once.
+  void enter();
+  void leave();
+
+  // Has the task run on the global queue once all that entered has left, now if it has. Called
+  // once.
+  void notify(std::function<void()> task);
+
+ private:
+  std::mutex lock_;
+  std::size_t running_ = 0;
+  std::function<void()> task_;
+};
+
+}  // namespace tidemark
