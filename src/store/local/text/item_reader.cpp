@@ -1,0 +1,334 @@
+#include "store/local/text/item_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <utility>
+
+#include "store/local/recurrence/recurrence.h"
+#include "store/local/recurrence/recurrence_rule.h"
+#include "store/local/text/civil.h"
+#include "store/local/text/date_value.h"
+#include "store/local/text/value_text.h"
+
+namespace tidemark::local {
+namespace {
+
+// People's items have one rule, now and then two.
+constexpr std::size_t maximumRules = 64;
+
+template <typename Visit>
+void forEachOfList(std::string_view list, Visit visit) {
+  while (true) {
+    const std::size_t comma = list.find(',');
+    visit(list.substr(0, comma));
+    if (comma == std::string_view::npos) return;
+    list.remove_prefix(comma + 1);
+  }
+}
+
+// The first of several lines counts. A value that is there but empty is not absent.
+void keepFirst(std::string_view& target, std::string_view value) {
+  if (!target.data()) target = value;
+}
+
+std::optional<std::int8_t> availabilityOf(std::string_view busyStatus) {
+  if (equalsIgnoringCase(busyStatus, "BUSY")) return std::int8_t{0};
+  if (equalsIgnoringCase(busyStatus, "FREE")) return std::int8_t{1};
+  if (equalsIgnoringCase(busyStatus, "TENTATIVE")) return std::int8_t{2};
+  if (equalsIgnoringCase(busyStatus, "OOF")) return std::int8_t{3};
+  return std::nullopt;
+}
+
+TodoStatus todoStatusOf(std::string_view status) {
+  if (equalsIgnoringCase(status, "NEEDS-ACTION")) return TodoStatus::needsAction;
+  if (equalsIgnoringCase(status, "IN-PROCESS")) return TodoStatus::inProcess;
+  if (equalsIgnoringCase(status, "COMPLETED")) return TodoStatus::completed;
+  if (equalsIgnoringCase(status, "CANCELLED")) return TodoStatus::cancelled;
+  return TodoStatus::none;
+}
+
+std::int16_t smallNumberOf(std::string_view value, std::int64_t highest) {
+  const auto number = parseInteger(value);
+  return number && *number >= 0 && *number <= highest ? static_cast<std::int16_t>(*number)
+                                                      : std::int16_t{0};
+}
+
+std::int32_t sequenceOf(std::string_view value) {
+  return static_cast<std::int32_t>(std::clamp<std::int64_t>(
+      parseInteger(value).value_or(0), 0, std::numeric_limits<std::int32_t>::max()));
+}
+
+// Exceptions first take single occurrences, then whole days; see Series.
+bool isBefore(const Moment& left, const Moment& right) {
+  if (left.isDate != right.isDate) return right.isDate;
+  return left.isDate ? left.wall < right.wall : left.toUtc() < right.toUtc();
+}
+
+bool startsBefore(const RecurrenceDate& left, const RecurrenceDate& right) {
+  return left.start.toUtc() < right.start.toUtc();
+}
+
+template <typename List, typename Compare>
+void sortBy(List& list, Compare compare) {
+  if (!std::is_sorted(list.begin(), list.end(), compare)) {
+    std::stable_sort(list.begin(), list.end(), compare);
+  }
+}
+
+}  // namespace
+
+void ItemReader::begin(ItemKind kind) {
+  item_ = std::make_unique<Item>();
+  item_->kind = kind;
+  todo_ = kind == ItemKind::todo ? std::make_unique<Todo>() : nullptr;
+  uid_ = title_ = notes_ = location_ = url_ = {};
+  busyStatus_.reset();
+  isTransparent_ = false;
+  attendees_.clear();
+  rules_.clear();
+  dates_.clear();
+  exceptions_.clear();
+}
+
+void ItemReader::read(PropertyName name, const ContentLine& line) {
+  if (!line.value.data()) return;
+  switch (name) {
+    case PropertyName::attendee:
+      return readAttendee(line);
+    case PropertyName::busyStatus:
+      busyStatus_ = availabilityOf(line.value);
+      return;
+    case PropertyName::completed:
+      if (todo_) readInstant(todo_->completed, line);
+      return;
+    case PropertyName::description:
+      return keepFirst(notes_, line.value);
+    case PropertyName::dtend:
+      return readMoment(item_->end, line);
+    case PropertyName::dtstart:
+      return readMoment(item_->start, line);
+    case PropertyName::due:
+      if (todo_) readMoment(todo_->due, line);
+      return;
+    case PropertyName::duration:
+      item_->duration = parseDuration(line.value);
+      return;
+    case PropertyName::exdate:
+      return readExceptions(line);
+    case PropertyName::lastModified:
+      return readInstant(item_->lastModified, line);
+    case PropertyName::location:
+      return keepFirst(location_, line.value);
+    case PropertyName::percentComplete:
+      if (todo_) todo_->percentComplete = smallNumberOf(line.value, 100);
+      return;
+    case PropertyName::priority:
+      if (todo_) todo_->priority = smallNumberOf(line.value, 9);
+      return;
+    case PropertyName::rdate:
+      return readRecurrenceDates(line);
+    case PropertyName::recurrenceId:
+      readMoment(item_->recurrenceId, line);
+      if (const auto range = parameterOf(line.parameters, "RANGE")) {
+        item_->thisAndFuture = equalsIgnoringCase(*range, "THISANDFUTURE");
+      }
+      return;
+    case PropertyName::rrule:
+      if (rules_.size() < maximumRules) rules_.push_back(line.value);
+      return;
+    case PropertyName::sequence:
+      item_->sequence = sequenceOf(line.value);
+      return;
+    case PropertyName::status:
+      if (todo_) todo_->status = todoStatusOf(line.value);
+      return;
+    case PropertyName::summary:
+      return keepFirst(title_, line.value);
+    case PropertyName::transp:
+      isTransparent_ = equalsIgnoringCase(line.value, "TRANSPARENT");
+      return;
+    case PropertyName::uid:
+      return keepFirst(uid_, line.value);
+    case PropertyName::url:
+      return keepFirst(url_, line.value);
+    case PropertyName::begin:
+    case PropertyName::end:
+    case PropertyName::unknown:
+      return;
+  }
+}
+
+std::unique_ptr<Item> ItemReader::finish() {
+  if (item_->kind == ItemKind::event && !item_->start) {
+    item_.reset();
+    todo_.reset();
+    return nullptr;
+  }
+  item_->availability = busyStatus_.value_or(isTransparent_ ? std::int8_t{1} : std::int8_t{0});
+  if (todo_) finishTodo();
+  finishSeries();
+  finishText();
+  item_->todo = std::move(todo_);
+  return std::move(item_);
+}
+
+std::optional<Moment> ItemReader::momentOf(std::string_view parameters, std::string_view value) {
+  const auto date = parseDateValue(value);
+  if (!date) return std::nullopt;
+  Moment moment;
+  moment.wall = date->wall;
+  moment.isDate = date->isDate;
+  if (!moment.isDate && !parameters.empty()) {
+    if (const auto type = parameterOf(parameters, "VALUE");
+        type && equalsIgnoringCase(*type, "DATE")) {
+      moment.isDate = true;
+      moment.wall = dayOf(moment.wall) * secondsPerDay;
+    }
+  }
+  if (moment.isDate) {
+    moment.zone = &localZone();
+    return moment;
+  }
+  if (date->isUtc) {
+    moment.zone = &utcZone();
+  } else if (const auto tzid = parameterOf(parameters, "TZID")) {
+    moment.zone = zones_.find(*tzid);
+  }
+  moment.isFloating = !moment.zone;
+  if (moment.isFloating) moment.zone = &localZone();
+  return moment;
+}
+
+void ItemReader::readMoment(std::optional<Moment>& target, const ContentLine& line) {
+  if (!target) target = momentOf(line.parameters, line.value);
+}
+
+void ItemReader::readInstant(std::optional<UtcSeconds>& target, const ContentLine& line) {
+  if (const auto moment = momentOf(line.parameters, line.value)) target = moment->toUtc();
+}
+
+void ItemReader::readRecurrenceDates(const ContentLine& line) {
+  forEachOfList(line.value, [&](std::string_view value) {
+    RecurrenceDate date;
+    const std::size_t slash = value.find('/');
+    const auto start = momentOf(line.parameters, value.substr(0, slash));
+    if (!start) return;
+    date.start = *start;
+    if (slash != std::string_view::npos) {
+      const std::string_view rest = value.substr(slash + 1);
+      date.duration = parseDuration(rest);
+      if (!date.duration) date.end = momentOf(line.parameters, rest);
+    }
+    dates_.push_back(date);
+  });
+}
+
+void ItemReader::readExceptions(const ContentLine& line) {
+  forEachOfList(line.value, [&](std::string_view value) {
+    if (const auto moment = momentOf(line.parameters, value)) exceptions_.push_back(*moment);
+  });
+}
+
+void ItemReader::readAttendee(const ContentLine& line) {
+  if (line.value.empty()) return;
+  const auto name = parameterOf(line.parameters, "CN");
+  attendees_.push_back({name.value_or(std::string_view()), line.value});
+}
+
+void ItemReader::finishTodo() {
+  if (todo_->due || !item_->start || !item_->duration) return;
+  Moment due = *item_->start;
+  due.wall += item_->duration->days * secondsPerDay;
+  if (item_->duration->seconds != 0) {
+    due.wall = due.zone->toWall(due.toUtc() + item_->duration->seconds);
+    if (due.isDate) due.wall = dayOf(due.wall) * secondsPerDay;
+  }
+  todo_->due = due;
+}
+
+void ItemReader::finishSeries() {
+  if ((rules_.empty() && dates_.empty()) || item_->recurrenceId) return;
+  // A to-do may repeat by its due date alone.
+  const std::optional<Moment>& start = item_->start || !todo_ ? item_->start : todo_->due;
+  if (!start) return;
+  auto series = std::make_unique<Series>();
+  for (const std::string_view text : rules_) {
+    if (auto rule = parseRecurrenceRule(text, *start)) series->rules.push_back(std::move(rule));
+  }
+  if (series->rules.empty() && dates_.empty()) return;
+  for (RecurrenceDate& date : dates_) {
+    if (!date.start.isDate || start->isDate) continue;
+    // A day says no more than that: the occurrence has the time of the others.
+    const WallSeconds day = date.start.wall;
+    date.start = *start;
+    date.start.wall = day + start->wall - dayOf(start->wall) * secondsPerDay;
+  }
+  addExceptionsOnSeriesClock(*start);
+  sortBy(dates_, startsBefore);
+  sortBy(exceptions_, isBefore);
+  series->dates = dates_;
+  series->exceptions = exceptions_;
+  item_->series = std::move(series);
+}
+
+// Some programs leave the TZID of a series out of its EXDATEs: a floating one takes what starts at
+// that reading of the local clock, and of the series' own.
+void ItemReader::addExceptionsOnSeriesClock(const Moment& start) {
+  if (start.isFloating || start.isDate) return;
+  for (std::size_t index = 0, size = exceptions_.size(); index < size; ++index) {
+    Moment exception = exceptions_[index];
+    if (!exception.isFloating) continue;
+    exception.zone = start.zone;
+    exception.isFloating = false;
+    exceptions_.push_back(exception);
+  }
+}
+
+void ItemReader::finishText() {
+  std::size_t capacity = fileName_.size();
+  for (const std::string_view raw : {uid_, title_, notes_, location_, url_}) capacity += raw.size();
+  for (const RawAttendee& attendee : attendees_) {
+    capacity += attendee.name.size() + attendee.address.size();
+  }
+  capacity = readableCapacity(capacity);
+  if (text_.size() < capacity) text_.resize(capacity);
+
+  char* end = text_.data();
+  const auto write = [&](std::string_view raw, Escapes escapes) {
+    if (!raw.data()) return std::string_view();
+    char* const begin = std::exchange(end, writeReadable(raw, escapes, end));
+    return std::string_view(begin, static_cast<std::size_t>(end - begin));
+  };
+  item_->uid = write(uid_, Escapes::text);
+  if (item_->uid.empty()) item_->uid = write(fileName_, Escapes::none);
+  item_->title = write(title_, Escapes::text);
+  item_->notes = write(notes_, Escapes::text);
+  item_->location = write(location_, Escapes::text);
+  item_->url = write(url_, Escapes::none);
+  item_->hasAttendees = !attendees_.empty();
+  item_->attendees.reserve(attendees_.size());
+  for (const RawAttendee& raw : attendees_) {
+    Attendee attendee;
+    if (raw.name.data()) attendee.name = write(raw.name, Escapes::parameter);
+    attendee.address = write(raw.address, Escapes::none);
+    item_->attendees.push_back(attendee);
+  }
+
+  const auto size = static_cast<std::size_t>(end - text_.data());
+  item_->text = std::make_unique_for_overwrite<char[]>(size);
+  std::memcpy(item_->text.get(), text_.data(), size);
+  const auto move = [&](std::string_view& view) {
+    if (view.data()) view = {item_->text.get() + (view.data() - text_.data()), view.size()};
+  };
+  for (std::string_view* view :
+       {&item_->uid, &item_->title, &item_->notes, &item_->location, &item_->url}) {
+    move(*view);
+  }
+  for (Attendee& attendee : item_->attendees) {
+    if (attendee.name) move(*attendee.name);
+    move(attendee.address);
+  }
+}
+
+}  // namespace tidemark::local

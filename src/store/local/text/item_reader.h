@@ -1,0 +1,64 @@
+// Collects the lines of one VEVENT or VTODO after the other and makes items of them.
+//
+// One thread at a time; the text that the lines come from must outlive it.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+#include "store/local/text/content_line.h"
+#include "store/local/text/item.h"
+#include "store/local/text/property_name.h"
+#include "store/local/zones/file_time_zones.h"
+
+namespace tidemark::local {
+
+class ItemReader {
+ public:
+  // `fileName` stands in for a UID.
+  ItemReader(FileTimeZones& zones, std::string_view fileName)
+      : zones_(zones), fileName_(fileName) {}
+
+  void begin(ItemKind kind);
+  // A property of the component itself, not of one inside it.
+  void read(PropertyName name, const ContentLine& line);
+  // The item; null when it cannot be shown.
+  std::unique_ptr<Item> finish();
+
+ private:
+  struct RawAttendee {
+    std::string_view name;
+    std::string_view address;
+  };
+
+  std::optional<Moment> momentOf(std::string_view parameters, std::string_view value);
+  void readMoment(std::optional<Moment>& target, const ContentLine& line);
+  void readInstant(std::optional<UtcSeconds>& target, const ContentLine& line);
+  void readRecurrenceDates(const ContentLine& line);
+  void readExceptions(const ContentLine& line);
+  void readAttendee(const ContentLine& line);
+  void finishTodo();
+  void finishSeries();
+  void addExceptionsOnSeriesClock(const Moment& start);
+  void finishText();
+
+  FileTimeZones& zones_;
+  const std::string_view fileName_;
+
+  std::unique_ptr<Item> item_;
+  std::unique_ptr<Todo> todo_;
+  // The values as the file has them.
+  std::string_view uid_, title_, notes_, location_, url_;
+  std::optional<std::int8_t> busyStatus_;
+  bool isTransparent_ = false;
+  // Of one item after the other; they keep their room.
+  std::vector<RawAttendee> attendees_;
+  std::vector<std::string_view> rules_;
+  std::vector<RecurrenceDate> dates_;
+  std::vector<Moment> exceptions_;
+  std::vector<char> text_;
+};
+
+}  // namespace tidemark::local

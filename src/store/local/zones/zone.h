@@ -1,0 +1,51 @@
+// Time zones of calendar files: the system's database first, else what the file itself describes
+// (RFC 5545, 3.6.5).
+//
+// A zone is interned: equal descriptions give the same pointer, which lives as long as the process.
+// Every function may be called from any thread.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace tidemark::local {
+
+// Seconds since 1970-01-01T00:00:00Z.
+using UtcSeconds = std::int64_t;
+// A wall clock's reading as seconds since its own 1970-01-01T00:00:00; says an instant only
+// together with a zone.
+using WallSeconds = std::int64_t;
+
+inline constexpr std::int64_t secondsPerDay = 86400;
+
+class Zone {
+ public:
+  virtual ~Zone() = default;
+
+  // A reading that a change of offset skips counts with the offset before the gap; one that it
+  // doubles is the first.
+  virtual UtcSeconds toUtc(WallSeconds wall) const = 0;
+  virtual WallSeconds toWall(UtcSeconds utc) const = 0;
+  // What DateComponents::timeZone says for a time of this zone at that instant: an IANA name,
+  // "UTC", or "GMT+hhmm" where only the file knows the zone.
+  virtual std::string nameAt(UtcSeconds utc) const = 0;
+};
+
+// The process's local zone.
+const Zone& localZone();
+const Zone& utcZone();
+
+// The system's zone of that TZID: an IANA name, one behind a vendor's prefix
+// ("/example.org/Olson_1/Europe/Berlin"), or a Windows name ("W. Europe Standard Time"). Null when
+// the system has none.
+const Zone* systemZone(std::string_view tzid);
+
+// The zone that a VTIMEZONE component describes (its text, from BEGIN:VTIMEZONE through
+// END:VTIMEZONE). Null when it describes none that can be used. Work and memory are bounded
+// whatever the text says.
+const Zone* fileZone(std::string_view vtimezone);
+
+}  // namespace tidemark::local
