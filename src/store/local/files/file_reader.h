@@ -1,0 +1,64 @@
+// Reads whole files that anybody may have put there: a pipe, a device or a directory in the place
+// of a file neither blocks nor harms, and no file is read beyond a bound.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace tidemark::local {
+
+// Larger files are passed over: read in full or not at all, since half a calendar would show
+// appointments as missing. The largest calendars that people keep in one file have some ten
+// megabytes; what is beyond this is no calendar, and holding it would cost the machine its memory.
+inline constexpr std::size_t maximumFileSize = std::size_t{256} << 20;
+
+// Device, inode, size, mtime and ctime in one number: while it is the same, so is the file, unless
+// it is young. Never 0.
+using FileTag = std::uint64_t;
+FileTag tagOf(const struct stat& status);
+
+// The file changed so recently that it may change again without another tag: the clocks of file
+// systems tick every ten milliseconds here, every two seconds at the worst (FAT, old servers).
+bool isYoung(const struct stat& status);
+
+struct FileText {
+  enum class Outcome {
+    read,
+    absent,
+    passedOver,  // not a regular file, or too large
+    unreadable,  // the system refused
+    unsteady,    // it kept changing while it was read
+  };
+  Outcome outcome = Outcome::absent;
+  // Valid until the next call.
+  std::string_view text;
+  FileTag tag = 0;
+  bool isYoung = false;
+};
+
+// One thread at a time.
+class FileReader {
+ public:
+  enum class Changes {
+    toldByWatch,  // somebody else notices what changes during the read
+    compared,     // the file is read again when it changed during the read
+  };
+
+  FileText read(int directory, const char* name, Changes changes);
+
+  // Whether the file ends as a calendar does; reads its last bytes alone.
+  static bool endsAsCalendar(int directory, const char* name);
+
+ private:
+  FileText readOnce(int descriptor, const struct stat& status);
+  void reserve(std::size_t size);
+
+  std::unique_ptr<char[]> buffer_;
+  std::size_t capacity_ = 0;
+};
+
+}  // namespace tidemark::local
