@@ -1,0 +1,89 @@
+#include "store/local/answers.h"
+
+#include <cstring>
+#include <string_view>
+#include <utility>
+
+#include "store/local/local_event.h"
+#include "store/local/local_reminder.h"
+
+namespace tidemark::local {
+namespace {
+
+// The identifiers of all items of an answer, one after the other.
+class Identifiers {
+ public:
+  explicit Identifiers(std::size_t size) : text_(new char[size]), end_(text_.get()) {}
+
+  static std::size_t sizeOf(const LocalCalendar& calendar, const Item& item) {
+    return calendar.calendarIdentifier.size() + 1 + item.uid.size();
+  }
+
+  // There must be room left for it.
+  std::string_view add(const LocalCalendar& calendar, const Item& item) {
+    const char* begin = end_;
+    append(calendar.calendarIdentifier);
+    *end_++ = ':';
+    append(item.uid);
+    return {begin, static_cast<std::size_t>(end_ - begin)};
+  }
+
+ private:
+  void append(std::string_view text) {
+    std::memcpy(end_, text.data(), text.size());
+    end_ += text.size();
+  }
+
+  std::unique_ptr<char[]> text_;
+  char* end_;
+};
+
+template <typename Placed>
+std::size_t sizeOfIdentifiers(const Findings<Placed>& findings) {
+  std::size_t size = 0;
+  for (const Placed& placed : findings.placed) {
+    const LocalCalendar& calendar = *findings.calendars->numbered(placed.collection);
+    size += Identifiers::sizeOf(calendar, *placed.item);
+  }
+  return size;
+}
+
+template <typename Object, typename Placed>
+struct Answer {
+  explicit Answer(Findings<Placed> found)
+      : identifiers(sizeOfIdentifiers(found)),
+        calendars(std::move(found.calendars)),
+        hold(std::move(found.hold)) {
+    objects.reserve(found.placed.size());
+    for (const Placed& placed : found.placed) {
+      const LocalCalendar& calendar = *calendars->numbered(placed.collection);
+      objects.emplace_back(placed, calendar, identifiers.add(calendar, *placed.item));
+    }
+  }
+
+  Identifiers identifiers;
+  std::shared_ptr<const Calendars> calendars;
+  std::unique_ptr<RetiredItems::Hold> hold;
+  std::vector<Object> objects;
+};
+
+template <typename Interface, typename Object, typename Placed>
+std::vector<std::shared_ptr<Interface>> makeObjects(Findings<Placed> findings) {
+  const auto answer = std::make_shared<Answer<Object, Placed>>(std::move(findings));
+  std::vector<std::shared_ptr<Interface>> references;
+  references.reserve(answer->objects.size());
+  for (Object& object : answer->objects) references.emplace_back(answer, &object);
+  return references;
+}
+
+}  // namespace
+
+std::vector<EventRef> makeEvents(Findings<PlacedEvent> findings) {
+  return makeObjects<Event, LocalEvent>(std::move(findings));
+}
+
+std::vector<ReminderRef> makeReminders(Findings<PlacedTodo> findings) {
+  return makeObjects<Reminder, LocalReminder>(std::move(findings));
+}
+
+}  // namespace tidemark::local
