@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "codec/local_dates.h"
+#include "store/local_dates.h"
 
 namespace tidemark {
 namespace {

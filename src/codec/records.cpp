@@ -4,8 +4,8 @@
 
 #include "codec/color.h"
 #include "codec/dates.h"
-#include "codec/local_dates.h"
 #include "store/invariant.h"
+#include "store/local_dates.h"
 
 namespace tidemark {
 namespace {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "codec/canonical_text.h"
+#include "store/canonical_text.h"
 #include "store/current_store.h"
 #include "store/invariant.h"
 

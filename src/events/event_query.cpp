@@ -5,10 +5,10 @@
 #include <vector>
 
 #include "access/authorization.h"
-#include "codec/canonical_text.h"
 #include "codec/dates.h"
 #include "codec/record_reply.h"
 #include "events/calendar_lookup.h"
+#include "store/canonical_text.h"
 #include "store/current_store.h"
 
 namespace tidemark {

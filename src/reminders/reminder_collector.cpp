@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "codec/canonical_text.h"
 #include "codec/records.h"
+#include "store/canonical_text.h"
 
 namespace tidemark {
 

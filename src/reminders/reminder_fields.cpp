@@ -1,9 +1,9 @@
 #include "reminders/reminder_fields.h"
 
 #include "codec/dates.h"
-#include "codec/local_dates.h"
 #include "host/failure.h"
 #include "reminders/reminder_lists.h"
+#include "store/local_dates.h"
 
 namespace tidemark {
 namespace {

@@ -7,10 +7,10 @@
 #include <utility>
 #include <vector>
 
+#include "store/canonical_text.h"
 #include "store/local/answers.h"
 #include "store/local/change_notices.h"
 #include "store/local/item_writer.h"
-#include "store/local/items/canonical_identifier.h"
 #include "store/local/local_event.h"
 #include "store/local/local_reminder.h"
 #include "store/local/local_store_parts.h"

@@ -8,8 +8,8 @@
 #include <string>
 #include <utility>
 
-#include "store/memory/due_date.h"
-#include "store/memory/identifier.h"
+#include "store/canonical_text.h"
+#include "store/local_dates.h"
 #include "store/memory/memory_items.h"
 #include "store/memory/task_thread.h"
 #include "store/range.h"
@@ -40,7 +40,7 @@ bool rangeHolds(const ReminderPredicate& predicate, const MemoryReminder& remind
   if (predicate.kind == ReminderPredicate::Kind::completedByCompletionDate) {
     if (reminder.isCompleted) date = reminder.completionDate;
   } else if (!reminder.isCompleted && reminder.dueDateComponents) {
-    date = dueInstant(*reminder.dueDateComponents);
+    date = instantOf(*reminder.dueDateComponents);
   }
   return date && rangeHoldsDate(predicate.starting, predicate.ending, *date);
 }
@@ -50,7 +50,7 @@ bool selectionHolds(const CalendarSelection& selection, const CalendarRef& calen
   if (!selection) return true;
   return calendar &&
          std::any_of(selection->begin(), selection->end(), [&](const CalendarRef& selected) {
-           return identifiersAreEqual(selected->calendarIdentifier, calendar->calendarIdentifier);
+           return canonicallyEqual(selected->calendarIdentifier, calendar->calendarIdentifier);
          });
 }
 
@@ -107,7 +107,7 @@ class Memory final : public MemoryStore {
   EventRef eventWithIdentifier(std::string_view identifier) override {
     std::lock_guard guard(lock_);
     for (const MemoryEvent& event : contents_.events) {
-      if (event.eventIdentifier && identifiersAreEqual(*event.eventIdentifier, identifier)) {
+      if (event.eventIdentifier && canonicallyEqual(*event.eventIdentifier, identifier)) {
         return std::make_shared<MemoryEventItem>(event);
       }
     }
@@ -122,7 +122,7 @@ class Memory final : public MemoryStore {
   ReminderRef calendarItemWithIdentifier(std::string_view identifier) override {
     std::lock_guard guard(lock_);
     for (const MemoryReminder& reminder : contents_.reminders) {
-      if (identifiersAreEqual(reminder.calendarItemIdentifier, identifier)) {
+      if (canonicallyEqual(reminder.calendarItemIdentifier, identifier)) {
         return std::make_shared<MemoryReminderItem>(reminder);
       }
     }

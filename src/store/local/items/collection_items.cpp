@@ -4,7 +4,7 @@
 #include <utility>
 
 #include "absl/hash/hash.h"
-#include "store/local/items/canonical_identifier.h"
+#include "store/canonical_text.h"
 
 namespace tidemark::local {
 

@@ -176,8 +176,8 @@ std::unique_ptr<Item> ItemReader::finish() {
 std::optional<Moment> ItemReader::momentOf(std::string_view parameters, std::string_view value) {
   const auto date = parseDateValue(value);
   if (!date) return std::nullopt;
-  // The value says what it is. A VALUE=DATE before a value with a time of day is an exporter's slip,
-  // and the time is what its user entered.
+  // The value says what it is. A VALUE=DATE before a value with a time of day is an exporter's
+  // slip, and the time is what its user entered.
   Moment moment;
   moment.wall = date->wall;
   moment.isDate = date->isDate;

@@ -1,7 +1,7 @@
 // Between instants and what a clock and a calendar on the wall show, in the process's local zone
 // (TZ, else the system's) or in one that is named. Gregorian.
 //
-// Any thread.
+// Any thread, once the local zone is loaded.
 #pragma once
 
 #include <chrono>
@@ -10,6 +10,10 @@
 #include "store/types.h"
 
 namespace tidemark {
+
+// Reads the local zone from the environment and the zone database. Called while the process has one
+// thread.
+void loadLocalZone();
 
 // The first instant of the day in the local zone: midnight, or, where a change of the clocks skips
 // midnight, that change.

@@ -13,6 +13,9 @@ namespace tidemark {
 bool canonicallyEqual(std::string_view a, std::string_view b);
 bool canonicallyBefore(std::string_view a, std::string_view b);
 
+// ASCII is its own NFC form, and so is in practice almost every identifier.
+bool isAscii(std::string_view text);
+
 // The NFC form: equal texts have the same.
 std::string canonicalForm(std::string_view text);
 

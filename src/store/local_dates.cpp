@@ -1,4 +1,4 @@
-#include "codec/local_dates.h"
+#include "store/local_dates.h"
 
 #include <absl/time/civil_time.h>
 #include <absl/time/time.h>
@@ -15,14 +15,14 @@ Instant toInstant(absl::Time time) {
 
 // "GMT+hhmm" and "GMT-hhmm", the platform's names of fixed offsets.
 std::optional<absl::TimeZone> fixedZone(std::string_view name) {
-  constexpr std::string_view prefix = "GMT";
-  if (name.size() != 8 || !name.starts_with(prefix) || (name[3] != '+' && name[3] != '-'))
+  if (name.size() != 8 || !name.starts_with("GMT") || (name[3] != '+' && name[3] != '-'))
     return std::nullopt;
   int number = 0;
   for (char c : name.substr(4)) {
     if (c < '0' || c > '9') return std::nullopt;
     number = number * 10 + (c - '0');
   }
+  if (number % 100 > 59) return std::nullopt;
   const int seconds = (number / 100 * 60 + number % 100) * 60;
   return absl::FixedTimeZone(name[3] == '-' ? -seconds : seconds);
 }
@@ -35,6 +35,10 @@ std::optional<absl::TimeZone> zoneNamed(const std::string& name) {
 }
 
 }  // namespace
+
+void loadLocalZone() {
+  static_cast<void>(absl::LocalTimeZone());
+}
 
 Instant startOfDay(std::chrono::year_month_day day) {
   const absl::CivilDay date(static_cast<int>(day.year()), static_cast<unsigned>(day.month()),

@@ -1,4 +1,4 @@
-#include "codec/canonical_text.h"
+#include "store/canonical_text.h"
 
 #include <utf8proc.h>
 
@@ -7,16 +7,12 @@
 #include <memory>
 
 namespace tidemark {
-namespace {
 
-// ASCII is its own NFC form.
 bool isAscii(std::string_view text) {
   unsigned char bits = 0;
   for (char c : text) bits |= static_cast<unsigned char>(c);
   return bits < 0x80;
 }
-
-}  // namespace
 
 bool canonicallyEqual(std::string_view a, std::string_view b) {
   if (a == b) return true;

@@ -1,4 +1,4 @@
-#include "codec/canonical_text.h"
+#include "store/canonical_text.h"
 
 #include <gtest/gtest.h>
 

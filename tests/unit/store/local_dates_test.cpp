@@ -1,4 +1,4 @@
-#include "codec/local_dates.h"
+#include "store/local_dates.h"
 
 #include <gtest/gtest.h>
 
@@ -42,6 +42,9 @@ TEST(LocalDates, TakesAZoneThatIsNamed) {
            {"GMT-0930", "2025-07-01T19:00:00Z"},
            {"Nowhere/Nothing", "none"},
            {"GMT+02x0", "none"},
+           {"GMT+02", "none"},
+           {"GMT*0200", "none"},
+           {"GMT+0260", "none"},
            {"", "none"}}) {
     DateComponents components = timed(2025, 7, 1, 9, 30);
     components.timeZone = zone;
