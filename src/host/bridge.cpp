@@ -17,6 +17,7 @@
 #include "host/reply_channel.h"
 #include "host/request_loop.h"
 #include "store/current_store.h"
+#include "store/local_dates.h"
 
 namespace tidemark {
 namespace {
@@ -79,6 +80,7 @@ int runBridge(const std::function<std::unique_ptr<Store>()>& makeStore) {
 
   store = makeStore().release();
   store->setChangeObserver(onStoreChanged);
+  loadLocalZone();
   // From here on a second thread exists; an early answer may precede the ready line.
   std::thread(readLoop).detach();
   sayReady();
