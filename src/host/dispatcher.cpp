@@ -13,6 +13,7 @@
 #include "reminders/reminder_changes.h"
 #include "reminders/reminder_lists.h"
 #include "reminders/reminder_query.h"
+#include "store/store.h"
 
 namespace tidemark {
 namespace {
@@ -56,6 +57,15 @@ constexpr bool namesAreUnique() {
 }
 static_assert(namesAreUnique());
 
+void run(const Command& command, RequestId id, const Request& request) {
+  try {
+    command.handler(id, request);
+  } catch (const StoreError& error) {
+    // Handlers answer last, when the store has said all: this is the one answer.
+    fail(id, error.what());
+  }
+}
+
 }  // namespace
 
 void handle(const Request& request) {
@@ -63,7 +73,7 @@ void handle(const Request& request) {
   const std::string* name = stringField(request, "cmd");
   if (name != nullptr) {
     for (const Command& command : commands) {
-      if (command.name == *name) return command.handler(id, request);
+      if (command.name == *name) return run(command, id, request);
     }
   }
   fail(id, "unknown command: " + (name == nullptr ? "none" : *name));

@@ -19,13 +19,15 @@
 // shared with the caller, and what they say is what the store held when they were fetched (or set
 // since); a later change shows in items that are fetched later. Freshness: an answer shows every
 // change that was complete, whoever made it, before the call was made. Errors: absence is an empty
-// pointer, vector or optional. Only what returns a StoreResult or completes with an AccessResult
-// can fail, and its text goes to the host as it stands. Nothing throws.
+// pointer, vector or optional. What returns a StoreResult or completes with an AccessResult fails
+// through it, and the text goes to the host as it stands. Look-ups and queries of calendars and
+// events may throw a StoreError, where the platform breaks them off; nothing else throws.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 #include <span>
+#include <stdexcept>
 
 #include "store/types.h"
 
@@ -134,6 +136,13 @@ struct AccessResult {
   bool granted = false;
   // The store's own words; when present, `granted` means nothing.
   std::optional<std::string> error;
+};
+
+// A look-up or query that was broken off: an empty answer would be a lie. In the store's own words,
+// which go to the host as they stand.
+class StoreError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
 };
 
 using AccessCompletion = std::function<void(AccessResult)>;

@@ -11,6 +11,15 @@ using test::CommandTest;
 
 class DispatcherTest : public CommandTest {};
 
+class BrokenStore : public test::ForwardingStore {
+ public:
+  using ForwardingStore::ForwardingStore;
+  std::vector<CalendarRef> calendarsForEntityType(EntityType) override { throw StoreError("torn"); }
+  std::vector<EventRef> eventsMatchingPredicate(const EventPredicate&) override {
+    throw StoreError("worn");
+  }
+};
+
 TEST_F(DispatcherTest, NamesTheCommandThatItDoesNotKnow) {
   EXPECT_EQ(ask(R"({"id":1,"cmd":"Status"})"), R"({"error":"unknown command: Status","id":1})");
   EXPECT_EQ(error(R"({"cmd":""})"), "unknown command: ");
@@ -35,6 +44,15 @@ TEST_F(DispatcherTest, SendsTheIdBackAsItCame) {
     EXPECT_EQ(ask(std::string(R"({"cmd":"status","id":)") + id + "}"),
               std::string(R"({"id":)") + id + R"(,"status":"fullAccess"})");
   }
+}
+
+TEST_F(DispatcherTest, AnswersAQueryThatIsBrokenOffWithTheStoresWords) {
+  wrap<BrokenStore>();
+  EXPECT_EQ(ask(R"({"id":1,"cmd":"calendars"})"), R"({"error":"torn","id":1})");
+  EXPECT_EQ(ask(R"({"id":2,"cmd":"events","from":"2025-03-01","to":"2025-03-02"})"),
+            R"({"error":"worn","id":2})");
+  EXPECT_EQ(error(R"({"cmd":"delete","eventId":"e","occurrence":"2025-03-01"})"), "worn");
+  EXPECT_EQ(ask(R"({"id":3,"cmd":"status"})"), R"({"id":3,"status":"fullAccess"})");
 }
 
 TEST_F(DispatcherTest, KnowsEveryCommand) {
