@@ -8,6 +8,10 @@
 
 namespace tidemark {
 
+void StoreFixture::startMainLoop() {
+  std::thread([listened = &store()] { listened->run(); }).detach();
+}
+
 void Arrivals::arrive() {
   {
     std::lock_guard guard(lock_);
@@ -40,9 +44,8 @@ StoreContract::~StoreContract() {
 
 const Arrivals& StoreContract::listen() {
   notifications_ = std::make_shared<Arrivals>();
-  Store* const listened = &store();
-  listened->setChangeObserver([arrivals = notifications_] { arrivals->arrive(); });
-  std::thread([listened] { listened->run(); }).detach();
+  store().setChangeObserver([arrivals = notifications_] { arrivals->arrive(); });
+  fixture_->startMainLoop();
   return *notifications_;
 }
 

@@ -70,6 +70,9 @@ class StoreFixture {
   // Makes the store at the first call.
   virtual Store& store() = 0;
 
+  // Has the store's main loop run beside the test, to the end of the process.
+  virtual void startMainLoop();
+
   // False for a store that cannot save and remove: the tests of writing are skipped.
   virtual bool canWrite() const { return true; }
   // Called in place of the destructor when the store's main loop runs, since that never ends:
@@ -107,8 +110,8 @@ class StoreContract : public testing::TestWithParam<StoreForm> {
   StoreFixture& fixture() { return *fixture_; }
   Store& store() { return fixture_->store(); }
 
-  // Starts the store's main loop on a thread of its own and gives the count of notifications. To be
-  // called before the store is used, at most once.
+  // Starts the store's main loop and gives the count of notifications. To be called before the
+  // store is used, at most once.
   const Arrivals& listen();
 
   // The local time zone for the rest of the test, which begins in UTC. Before the store is made;
