@@ -130,12 +130,12 @@ class Bridge:
             raise AssertionError(f"no line within {deadline} seconds") from None
 
     def read_reply(self, deadline=DEADLINE):
-        """The next line that no event stands in."""
+        """The next line that is no notice; a reply may hold an event, a notice holds the name of one."""
         while True:
             line = self.read_line(deadline)
             if line is None:
                 raise AssertionError("the output ended before the reply")
-            if not line.startswith(b'{"event":'):
+            if not line.startswith(b'{"event":"'):
                 return line
 
     def ask(self, request):
