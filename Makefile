@@ -20,7 +20,7 @@ build: bootstrap ## build build/release/tidemark-cal and build/release/tidemark-
 	@cmake --preset release --log-level=WARNING
 	@cmake --build --preset release
 
-test: bootstrap ## check the format, then build and test the presets dev, asan and tsan
+test: bootstrap ## check the format, then build and test the presets dev, asan, tsan and fuzz
 	@tools/run_tests
 
 bench: build ## measure against the machine's limits (stores of up to 100,000 items, a few minutes)
