@@ -1,18 +1,17 @@
 #include "figures.h"
 
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <chrono>
-#include <cstdio>
 #include <fstream>
 #include <functional>
 #include <thread>
 
 #include "bridge.h"
+#include "measuring.h"
 #include "sampling.h"
 
 namespace tidemark::bench {
@@ -20,35 +19,13 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr int middleWeek = 24;
 constexpr int differentWeeks = 26;
 constexpr std::size_t smallStore = 1000;
 constexpr std::size_t largeStore = 100'000;
 
-std::string date(int dayOfYear) {
-  using namespace std::chrono;
-  const year_month_day day{sys_days{2025y / January / 1} + days{dayOfYear}};
-  char text[32];
-  std::snprintf(text, sizeof text, "%04d-%02u-%02u", static_cast<int>(day.year()),
-                static_cast<unsigned>(day.month()), static_cast<unsigned>(day.day()));
-  return text;
-}
-
 std::string rangeRequest(const char* command, int firstDay, int lastDay) {
   return R"({"id":1,"cmd":")" + std::string(command) + R"(","from":")" + date(firstDay) +
          R"(","to":")" + date(lastDay) + R"("})";
-}
-
-double timed(const std::function<void()>& action) {
-  const double start = now();
-  action();
-  return now() - start;
-}
-
-Process limitProgram(const Programs& programs, const char* name,
-                     std::vector<std::string> arguments = {}) {
-  arguments.insert(arguments.begin(), programs.limits / name);
-  return Process(std::move(arguments));
 }
 
 // From the start of the reading to its one line of answer, and the processor time of all of it.
@@ -112,11 +89,6 @@ bool evict(const StoreUnderTest& store) {
   return gone;
 }
 
-Figure figure(const char* name, const StoreUnderTest& store, double measured, double limit,
-              double target) {
-  return {name, store.label, Unit::seconds, measured, limit, target};
-}
-
 // A request and a sized echo of its answer in turn.
 Pair alternate(Bridge& bridge, Process& sizedEcho, int runs,
                const std::function<std::string(int)>& request) {
@@ -124,35 +96,11 @@ Pair alternate(Bridge& bridge, Process& sizedEcho, int runs,
   for (int run = 0; run < runs; ++run) {
     const std::string line = request(run);
     std::size_t size = 0;
-    pair.measured.add(timed([&] { size = bridge.ask(line).size() + 1; }));
-    const std::string sizeLine = std::to_string(size);
-    pair.limit.add(timed([&] {
-      sizedEcho.send(sizeLine);
-      sizedEcho.receive();
-    }));
+    pair.measured.add(timed([&] { size = bridge.ask(line).size(); }));
+    pair.limit.add(echoOf(sizedEcho, size));
   }
   return pair;
 }
-
-// Keeps this process, and what it starts meanwhile, on one processor. Whether a line has to wake
-// another processor decides between 7 and 50 microseconds, and the scheduler decides anew for each
-// pair of processes; the ratio would be chance.
-class OneProcessor {
- public:
-  OneProcessor() {
-    sched_getaffinity(0, sizeof before_, &before_);
-    cpu_set_t one;
-    CPU_ZERO(&one);
-    CPU_SET(sched_getcpu(), &one);
-    sched_setaffinity(0, sizeof one, &one);
-  }
-  ~OneProcessor() { sched_setaffinity(0, sizeof before_, &before_); }
-  OneProcessor(const OneProcessor&) = delete;
-  OneProcessor& operator=(const OneProcessor&) = delete;
-
- private:
-  cpu_set_t before_;
-};
 
 // Puts an event into the middle week the way a sync tool does: written beside, renamed into place.
 class ExternalWriter {
@@ -345,11 +293,7 @@ std::vector<Figure> measureFirstYear(const Programs& programs, const StoreUnderT
     std::size_t size = 0;
     first.measured.add(firstAnswer(programs, store, yearRequest(), &size).wall);
     const double reading = readAll(programs, store, 2).wall;
-    const std::string sizeLine = std::to_string(size + 1);
-    first.limit.add(reading + timed([&] {
-                      sizedEcho.send(sizeLine);
-                      sizedEcho.receive();
-                    }));
+    first.limit.add(reading + echoOf(sizedEcho, size));
   }
   return {figure("year, first", store, first.measured.median(), first.limit.median(), 0.75)};
 }
@@ -372,13 +316,6 @@ std::vector<Figure> measureChanges(const Programs& programs, const StoreUnderTes
   bridge.drainChanges();
 
   Pair notice, after, during;
-  const auto echoSize = [&](std::size_t size) {
-    const std::string line = std::to_string(size + 1);
-    return timed([&] {
-      sizedEcho.send(line);
-      sizedEcho.receive();
-    });
-  };
   int missed = 0, stale = 0;
   for (int run = 0; run < runs; ++run) {
     beside.prepare();
@@ -396,14 +333,14 @@ std::vector<Figure> measureChanges(const Programs& programs, const StoreUnderTes
     missed += !told;
     std::string_view answer;
     after.measured.add(timed([&] { answer = bridge.ask(week); }));
-    after.limit.add(echoSize(answer.size()));
+    after.limit.add(echoOf(sizedEcho, answer.size()));
     stale += answer.find(title) == answer.npos;
 
     title = writer.prepare();
     bridge.drainChanges();
     writer.rename();
     during.measured.add(timed([&] { answer = bridge.ask(week); }));
-    during.limit.add(echoSize(answer.size()));
+    during.limit.add(echoOf(sizedEcho, answer.size()));
     stale += answer.find(title) == answer.npos;
     missed += !bridge.awaitChange();
   }

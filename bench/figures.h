@@ -40,6 +40,7 @@ std::vector<Figure> measureStart(const Programs& programs, const StoreUnderTest&
 std::vector<Figure> measureFirstYear(const Programs& programs, const StoreUnderTest& store);
 std::vector<Figure> measureQueries(const Programs& programs, const StoreUnderTest& store);
 std::vector<Figure> measureChanges(const Programs& programs, const StoreUnderTest& store);
+std::vector<Figure> measureWriting(const Programs& programs, const StoreUnderTest& store);
 std::vector<Figure> measureResources(const Programs& programs, const StoreUnderTest& store);
 
 }  // namespace tidemark::bench

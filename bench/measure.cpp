@@ -109,8 +109,8 @@ int run(int count, char** values) {
   std::printf("%-42s %7s %12s %12s %7s %7s\n", "figure", "items", "measured", "limit", "ratio",
               "target");
   std::fflush(stdout);
-  for (const auto measure :
-       {measureStart, measureFirstYear, measureQueries, measureChanges, measureResources}) {
+  for (const auto measure : {measureStart, measureFirstYear, measureQueries, measureChanges,
+                             measureWriting, measureResources}) {
     for (const StoreUnderTest& store : stores) {
       for (const Figure& figure : measure(arguments.programs, store)) print(figure);
     }
