@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Prints one week of the sample calendars, then the lines that went over the pipe to get it.
 
-An example of a host that reads; bridge.py holds the pipes. It works on a scratch copy of examples/calendars, so your own
+An example of a host that reads; bridge.py is its client. It works on a scratch copy of examples/calendars, so your own
 calendars are neither shown nor touched.
 """
 
@@ -10,7 +10,8 @@ import datetime
 import shutil
 import unicodedata
 
-from bridge import BUILT_BRIDGE, Bridge, paint, sample_calendars
+from bridge import Bridge
+from samples import default_bridge, paint, sample_calendars
 
 MONDAY = datetime.date(2026, 3, 23)  # one week, so that the page is the same every day: that in which Europe's clocks change
 WEEK = datetime.timedelta(days=7)
@@ -104,28 +105,26 @@ def print_lines(lines):
     print("\nWhat went over the pipe (> to the bridge, < from it)")
     width = shutil.get_terminal_size((100, 24)).columns
     for direction, line in lines:
-        text = fit(f"{direction} {line}", width)
+        text = fit(f"{direction} {line.decode()}", width)
         print(text if direction == ">" else paint(text, dim=True))
 
 
 def main():
     arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    arguments.add_argument("--bridge", default=BUILT_BRIDGE)
-    bridge_program = arguments.parse_args().bridge
-    with sample_calendars() as calendars_directory:
-        bridge = Bridge(bridge_program, calendars_directory.parent)
+    arguments.add_argument("--bridge", default=default_bridge())
+    program = arguments.parse_args().bridge
+    lines = []
+    with sample_calendars(), Bridge(program, trace=lambda *line: lines.append(line)) as bridge:
         calendars = bridge.ask("calendars")["calendars"]
         # A week more on both sides shows which repeating events are left out in the middle.
-        events = bridge.ask("events", **{"from": f"{MONDAY - WEEK}", "to": f"{MONDAY + 2 * WEEK}"})["events"]
-        reminders = bridge.ask(
-            "reminders", **{"from": f"{MONDAY}", "to": f"{MONDAY + WEEK}", "overdue": True})["reminders"]
-        bridge.close()
-    print("Calendars (access: " + bridge.ready["status"] + ")")
+        events = bridge.ask("events", from_=f"{MONDAY - WEEK}", to=f"{MONDAY + 2 * WEEK}")["events"]
+        reminders = bridge.ask("reminders", from_=f"{MONDAY}", to=f"{MONDAY + WEEK}", overdue=True)["reminders"]
+    print(f"Calendars (access: {bridge.status})")
     for calendar in calendars:
         print("  " + paint("● ", calendar.get("color")) + calendar["title"] + paint("  " + calendar["source"], dim=True))
     print_week(events)
     print_reminders(reminders)
-    print_lines(bridge.lines)
+    print_lines(lines)
 
 
 main()

@@ -7,7 +7,8 @@ An example of a host that writes. It works on a scratch copy of examples/calenda
 import argparse
 import difflib
 
-from bridge import BUILT_BRIDGE, Bridge, paint, sample_calendars
+from bridge import Bridge
+from samples import default_bridge, paint, sample_calendars
 
 
 def texts(calendars):
@@ -25,34 +26,37 @@ def print_difference(before, after):
             print("  " + paint(line, color, dim=line.startswith(("---", "+++", "@@"))))
 
 
-def change(bridge, calendars, heading, command, **fields):
-    before = texts(calendars)
-    bridge.ask(command, **fields)
-    # The answer comes when the change is on disk: there is nothing to wait for.
-    print(f"{heading}\n\n  > {bridge.last_request}\n")
-    print_difference(before, texts(calendars))
-    print()
-
-
 def main():
     arguments = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    arguments.add_argument("--bridge", default=BUILT_BRIDGE)
+    arguments.add_argument("--bridge", default=default_bridge())
     program = arguments.parse_args().bridge
-    with sample_calendars() as calendars:
-        bridge = Bridge(program, calendars.parent)
-        week = bridge.ask("events", **{"from": "2026-03-23", "to": "2026-03-30"})["events"]
+    requests = []
+
+    def trace(direction, line):
+        if direction == ">":
+            requests.append(line.decode())
+
+    with sample_calendars() as calendars, Bridge(program, trace=trace) as bridge:
+
+        def change(heading, command, **fields):
+            before = texts(calendars)
+            bridge.ask(command, **fields)
+            # The answer comes when the change is on disk: there is nothing to wait for.
+            print(f"{heading}\n\n  > {requests[-1]}\n")
+            print_difference(before, texts(calendars))
+            print()
+
+        week = bridge.ask("events", from_="2026-03-23", to="2026-03-30")["events"]
         swimming = next(event for event in week if event["title"] == "Swimming lesson")
         choir = next(event for event in week if event["title"] == "Choir rehearsal")
 
-        change(bridge, calendars, "A new event is a new file", "create", title="Lunch with Inês", calendarId="home",
+        change("A new event is a new file", "create", title="Lunch with Inês", calendarId="home",
                start="2026-03-24T12:00:00+01:00", end="2026-03-24T13:00:00+01:00")
         # The id names the series, "occurrence" one of it.
-        change(bridge, calendars, "One swimming lesson is an hour later; the series stays as it was", "update",
+        change("One swimming lesson is an hour later; the series stays as it was", "update",
                eventId=swimming["id"], occurrence=swimming["occurrence"],
                start="2026-03-25T16:30:00+01:00", end="2026-03-25T17:15:00+01:00")
-        change(bridge, calendars, "One choir rehearsal is cancelled", "delete",
-               eventId=choir["id"], occurrence=choir["occurrence"])
-        bridge.close()
+        change("One choir rehearsal is cancelled", "delete", eventId=choir["id"], occurrence=choir["occurrence"])
 
 
 main()
