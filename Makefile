@@ -1,7 +1,7 @@
 # The way in for people and for continuous integration. Beyond make and git, everything that is
 # needed is installed by tools/bootstrap; the build itself is CMake's (CMakePresets.json).
 .DEFAULT_GOAL := help
-.PHONY: help bootstrap demo build test bench format format-check clean
+.PHONY: help bootstrap demo build test bench package format format-check clean
 # CMake and CTest spread the work themselves.
 .NOTPARALLEL:
 
@@ -26,6 +26,9 @@ test: bootstrap ## check the format, then build and test the presets dev, asan, 
 bench: build ## measure against the machine's limits (stores of up to 100,000 items, a few minutes)
 	@build/release/bench/measure --programs build/release/bench --bridge build/release/tidemark-cal \
 	  --generator bench/generate_store.py --scratch build/bench
+
+package: build ## make a package of the release build: a .deb on Debian and Ubuntu
+	@cpack --config build/release/CPackConfig.cmake -B build/release
 
 format: bootstrap ## format the C and C++ sources in place
 	@tools/format
