@@ -20,7 +20,7 @@ if(TIDEMARK_GO_MD2MAN)
   install(FILES "${CMAKE_CURRENT_BINARY_DIR}/tidemark-cal.1" "${CMAKE_CURRENT_BINARY_DIR}/tidemark-cal-sim.1"
     DESTINATION "${CMAKE_INSTALL_MANDIR}/man1")
 else()
-  message(WARNING "go-md2man was not found: no man page will be installed")
+  message(STATUS "go-md2man was not found: no man page will be installed")
 endif()
 
 # The notices of libraries whose code the programs hold, as their licences ask: headers always, archives where they are linked.
