@@ -38,16 +38,13 @@ void silenceDeath() {
   std::set_terminate([] { std::abort(); });
 }
 
-bool isHostedByDesktop() {
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
-  const char* value = std::getenv("TIDEMARK_DESKTOP");
-  return value != nullptr && std::string_view(value) == "1";
-}
-
 std::optional<pid_t> relaunch() {
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): one thread
+  // NOLINTBEGIN(concurrency-mt-unsafe): one thread
+  const char* const desktop = std::getenv("TIDEMARK_DESKTOP");
+  const bool hostedByDesktop = desktop != nullptr && std::string_view(desktop) == "1";
   const bool isChild = std::getenv(disclaimFlag) != nullptr;
-  if (isHostedByDesktop() || isChild) return std::nullopt;
+  // NOLINTEND(concurrency-mt-unsafe)
+  if (hostedByDesktop || isChild) return std::nullopt;
   return spawnDisclaimed();
 }
 
