@@ -20,9 +20,7 @@ const Calendar& calendarOf(const Item& item) {
 // The keys are arrays, so that their length is known where they are copied.
 template <std::size_t size>
 void addDate(JsonWriter& writer, const char (&key)[size], std::optional<Instant> date) {
-  if (!date) return;
-  writer.key(key);
-  writer.plainValue(iso.format(*date).view());
+  if (date) writer.plainMember(key, iso.format(*date).characters);
 }
 
 template <std::size_t size>
@@ -32,9 +30,7 @@ void addText(JsonWriter& writer, const char (&key)[size], std::optional<std::str
 
 void addColor(JsonWriter& writer, const Calendar& calendar) {
   const std::optional<ColorText> color = hexColor(calendar.color);
-  if (!color) return;
-  writer.key("color");
-  writer.plainValue(color->view());
+  if (color) writer.plainMember("color", color->characters);
 }
 
 void addAttendees(JsonWriter& writer, std::optional<std::span<const Participant>> attendees) {

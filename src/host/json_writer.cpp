@@ -2,154 +2,160 @@
 
 #include <utf8proc.h>
 
-#include <algorithm>
-#include <array>
+#include <bit>
 #include <charconv>
+#include <limits>
 
 namespace tidemark {
 namespace {
 
-// The longest a character gets: \u00xx.
-constexpr std::size_t longestEscape = 6;
+// What an ASCII character that cannot be written as it is has after its backslash (RFC 8259,
+// section 7): a letter, itself, or u and its number. Zero for the others. The slash is the
+// platform's own writer's way.
+constexpr auto escapes = [] {
+  std::array<char, 128> letters{};
+  std::fill_n(letters.begin(), 0x20, 'u');
+  letters['\b'] = 'b';
+  letters['\f'] = 'f';
+  letters['\n'] = 'n';
+  letters['\r'] = 'r';
+  letters['\t'] = 't';
+  letters['"'] = '"';
+  letters['\\'] = '\\';
+  letters['/'] = '/';
+  return letters;
+}();
 
-// Text is written in pieces of this size, so that room for the worst case is bounded and made once
-// a piece.
-constexpr std::size_t pieceSize = 4096;
-
-constexpr bool isPlain(unsigned char byte) {
-  return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\' && byte != '/';
+bool isAscii(char c) {
+  return static_cast<unsigned char>(c) < escapes.size();
 }
 
-// The same of eight bytes at once, whichever comes first in memory.
-bool isPlain(std::uint64_t bytes) {
-  constexpr std::uint64_t ones = 0x0101010101010101;
-  constexpr std::uint64_t highBits = 0x8080808080808080;
-  // Subtracting borrows into the high bit of a byte that is less; a borrow into the next byte only
-  // ever follows one, so that the answer for the whole is right.
-  const auto below = [](std::uint64_t word, std::uint64_t limit) { return word - ones * limit; };
-  const auto holds = [&](unsigned char byte) { return below(bytes ^ (ones * byte), 1); };
-  return ((bytes | below(bytes, 0x20) | holds('"') | holds('\\') | holds('/')) & highBits) == 0;
+bool isPlain(char c) {
+  return isAscii(c) && escapes[static_cast<unsigned char>(c)] == 0;
 }
 
-std::uint64_t eightBytes(const char* at) {
-  std::uint64_t bytes;
-  std::memcpy(&bytes, at, sizeof bytes);
-  return bytes;
-}
-
-// True when the text can be written as it is. Most can.
-bool isPlain(std::string_view text) {
-  constexpr std::size_t step = sizeof(std::uint64_t);
-  if (text.size() < step) {
-    return std::all_of(text.begin(), text.end(),
-                       [](char c) { return isPlain(static_cast<unsigned char>(c)); });
-  }
-  const char* const last = text.data() + text.size() - step;
-  for (const char* at = text.data(); at < last; at += step) {
-    if (!isPlain(eightBytes(at))) return false;
-  }
-  return isPlain(eightBytes(last));
-}
-
-// RFC 8259, section 7, and the slash, as the platform's own writer does it.
-char* writeEscape(unsigned char byte, char* out) {
+char* writeEscape(char c, char* out) {
   constexpr std::string_view hexDigits = "0123456789abcdef";
+  const auto byte = static_cast<unsigned char>(c);
   *out++ = '\\';
-  switch (byte) {
-    case '\b':
-      *out++ = 'b';
-      return out;
-    case '\f':
-      *out++ = 'f';
-      return out;
-    case '\n':
-      *out++ = 'n';
-      return out;
-    case '\r':
-      *out++ = 'r';
-      return out;
-    case '\t':
-      *out++ = 't';
-      return out;
-    case '"':
-    case '\\':
-    case '/':
-      *out++ = static_cast<char>(byte);
-      return out;
-    default:
-      *out++ = 'u';
-      *out++ = '0';
-      *out++ = '0';
-      *out++ = hexDigits[byte >> 4];
-      *out++ = hexDigits[byte & 0xF];
-      return out;
+  *out++ = escapes[byte];
+  if (escapes[byte] != 'u') return out;
+  *out++ = '0';
+  *out++ = '0';
+  *out++ = hexDigits[byte >> 4];
+  *out++ = hexDigits[byte & 0xF];
+  return out;
+}
+
+// Sixteen bytes side by side, in the vectors that compilers have for every processor, and the same
+// as two words.
+using Bytes = signed char __attribute__((vector_size(16)));
+using Words = std::uint64_t __attribute__((vector_size(16)));
+
+// Ones in each byte that is not plain. What is not ASCII is negative.
+Words marksOf(Words words) {
+  const auto bytes = reinterpret_cast<Bytes>(words);
+  return reinterpret_cast<Words>((bytes < 0x20) | (bytes == '"') | (bytes == '\\') |
+                                 (bytes == '/'));
+}
+
+// How many bytes of the word stand before the first mark, which there is.
+template <typename Word>
+std::size_t lengthBeforeMark(Word marks) {
+  const int bits = std::endian::native == std::endian::little ? std::countr_zero(marks)
+                                                              : std::countl_zero(marks);
+  return static_cast<std::size_t>(bits) / 8;
+}
+
+// copyPlain for a text of one to two words, which are copied over each other.
+template <typename Word>
+std::size_t copyPlainWords(const char* in, std::size_t size, char* out) {
+  const std::size_t second = size - sizeof(Word);
+  Word words[2];
+  std::memcpy(&words[0], in, sizeof(Word));
+  std::memcpy(&words[1], in + second, sizeof(Word));
+  std::memcpy(out, &words[0], sizeof(Word));
+  std::memcpy(out + second, &words[1], sizeof(Word));
+  const Words marks = marksOf(Words{words[0], words[1]});
+  if (const auto first = static_cast<Word>(marks[0])) return lengthBeforeMark(first);
+  if (const auto last = static_cast<Word>(marks[1])) return second + lengthBeforeMark(last);
+  return size;
+}
+
+// Copies the bytes before the first that is not plain, and returns how many they are. What is
+// written after them, up to `size`, means nothing.
+std::size_t copyPlain(const char* in, std::size_t size, char* out) {
+  constexpr std::size_t step = sizeof(Words);
+  std::size_t done = 0;
+  if (size < step) {
+    if (size >= 8) return copyPlainWords<std::uint64_t>(in, size, out);
+    if (size >= 4) return copyPlainWords<std::uint32_t>(in, size, out);
+    for (; done < size && isPlain(in[done]); ++done) out[done] = in[done];
+    return done;
   }
+  while (true) {
+    Words words;
+    std::memcpy(&words, in + done, step);
+    std::memcpy(out + done, &words, step);
+    const Words marks = marksOf(words);
+    if ((marks[0] | marks[1]) != 0) {
+      return done + (marks[0] != 0 ? lengthBeforeMark<std::uint64_t>(marks[0])
+                                   : 8 + lengthBeforeMark<std::uint64_t>(marks[1]));
+    }
+    done += step;
+    if (done == size) return done;
+    // The last sixteen bytes once more, rather than the rest by other means.
+    done = std::min(done, size - step);
+  }
+}
+
+// The length of the character at the front of the text; 0 when it is not UTF-8.
+std::size_t lengthOfCharacter(std::string_view text) {
+  utf8proc_int32_t character;
+  const utf8proc_ssize_t length =
+      utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(text.data()),
+                       static_cast<utf8proc_ssize_t>(text.size()), &character);
+  return length <= 0 ? 0 : static_cast<std::size_t>(length);
 }
 
 }  // namespace
 
-void JsonWriter::value(std::string_view text) {
-  if (isPlain(text)) {
-    plainValue(text);
-  } else {
-    escapedValue(text);
-  }
-}
-
-void JsonWriter::escapedValue(std::string_view text) {
-  char* begin = beginToken(1);
-  *begin++ = '"';
-  out_.setEnd(begin);
-  const char* in = text.data();
-  const char* const inEnd = in + text.size();
-  while (in != inEnd) {
-    const char* const pieceEnd = in + std::min(pieceSize, static_cast<std::size_t>(inEnd - in));
-    char* out = out_.reserve(longestEscape * pieceSize);
-    while (in < pieceEnd) {
-      while (pieceEnd - in >= 8 && isPlain(eightBytes(in))) {
-        std::memcpy(out, in, 8);
-        in += 8;
-        out += 8;
-      }
-      while (in < pieceEnd && isPlain(static_cast<unsigned char>(*in))) *out++ = *in++;
-      if (in >= pieceEnd) break;
-      const auto byte = static_cast<unsigned char>(*in);
-      if (byte < 0x80) {
-        out = writeEscape(byte, out);
-        ++in;
+char* JsonWriter::writeText(std::string_view text, char* out) {
+  *out++ = '"';
+  while (true) {
+    const std::size_t size = std::min(text.size(), pieceSize);
+    std::size_t done = 0;
+    while (true) {
+      const std::size_t length = copyPlain(text.data() + done, size - done, out);
+      done += length;
+      out += length;
+      if (done >= size) break;
+      if (isAscii(text[done])) {
+        out = writeEscape(text[done++], out);
         continue;
       }
-      utf8proc_int32_t character;
-      const utf8proc_ssize_t length =
-          utf8proc_iterate(reinterpret_cast<const utf8proc_uint8_t*>(in), inEnd - in, &character);
-      if (length <= 0) {
+      // It may reach beyond the piece, by less than there is room for.
+      const std::size_t bytes = lengthOfCharacter(text.substr(done));
+      if (bytes == 0) {
         valid_ = false;
-        return;
+        return out;
       }
-      std::memcpy(out, in, static_cast<std::size_t>(length));
-      in += length;
-      out += length;
+      out = std::copy_n(text.data() + done, bytes, out);
+      done += bytes;
     }
+    text.remove_prefix(done);
+    if (text.empty()) break;
     out_.setEnd(out);
+    out = out_.reserve(roomForText(text));
   }
-  out_.append('"');
-  needsComma_ = true;
-}
-
-void JsonWriter::plainValue(std::string_view text) {
-  char* end = beginToken(text.size() + 2);
-  *end++ = '"';
-  end = std::copy_n(text.data(), text.size(), end);  // an empty text may have no data at all
-  *end++ = '"';
-  out_.setEnd(end);
-  needsComma_ = true;
+  *out++ = '"';
+  return out;
 }
 
 void JsonWriter::value(std::int64_t number) {
   constexpr std::size_t room = 20;  // the sign and nineteen digits
   char* begin = beginToken(room);
-  out_.setEnd(std::to_chars(begin, begin + room, number).ptr);
-  needsComma_ = true;
+  endToken(std::to_chars(begin, begin + room, number).ptr);
 }
 
 // Recursion is bounded by the nesting that parseJson accepts.
@@ -171,7 +177,7 @@ void JsonWriter::value(const Json& json) {
     for (const auto& [name, element] : json.object()->members) {
       value(std::string_view(name));
       out_.append(':');
-      needsComma_ = false;
+      commaSize_ = 0;
       value(element);
     }
     endObject();
