@@ -14,7 +14,7 @@ template <std::size_t size, typename Item>
 void replyWithRecord(RequestId id, const char (&key)[size], const Item& item) {
   ReplyObject object;
   object.writer().key(key);
-  encode(item, object.writer());
+  RecordEncoder(object.writer()).encode(item);
   reply(id, std::move(object));
 }
 
@@ -25,7 +25,8 @@ void replyWithRecords(RequestId id, const char (&key)[size], const Items& items)
   JsonWriter& writer = object.writer();
   writer.key(key);
   writer.beginArray();
-  for (const auto& item : items) encode(*item, writer);
+  RecordEncoder encoder(writer);
+  for (const auto& item : items) encoder.encode(*item);
   writer.endArray();
   reply(id, std::move(object));
 }

@@ -1,6 +1,7 @@
 #include "codec/records.h"
 
 #include <array>
+#include <functional>
 
 #include "codec/color.h"
 #include "codec/dates.h"
@@ -50,57 +51,67 @@ std::string_view sourceName(int sourceType) {
   return names[static_cast<std::size_t>(sourceType)];
 }
 
-void encode(const Calendar& calendar, JsonWriter& writer) {
+void RecordEncoder::encode(const Calendar& calendar) {
   if (!calendar.source) stopOnBrokenInvariant();
-  writer.beginObject();
-  writer.member("id", calendar.calendarIdentifier);
-  writer.member("title", calendar.title);
-  writer.member("source", calendar.source->title);
-  writer.member("sourceType", sourceName(calendar.source->sourceType));
-  writer.member("writable", calendar.allowsContentModifications);
-  addColor(writer, calendar);
-  writer.endObject();
+  writer_.beginObject();
+  writer_.member("id", calendar.calendarIdentifier);
+  writer_.member("title", calendar.title);
+  writer_.member("source", calendar.source->title);
+  writer_.member("sourceType", sourceName(calendar.source->sourceType));
+  writer_.member("writable", calendar.allowsContentModifications);
+  addColor(writer_, calendar);
+  writer_.endObject();
 }
 
-void encode(const Event& event, JsonWriter& writer) {
+void RecordEncoder::encode(const Event& event) {
   const Calendar& calendar = calendarOf(event);
-  writer.beginObject();
-  writer.member("id", event.eventIdentifier().value_or(""));
-  writer.member("title", event.title().value_or(""));
-  writer.member("isAllDay", event.isAllDay());
-  writer.member("calendarId", calendar.calendarIdentifier);
-  writer.member("calendar", calendar.title);
-  writer.member("isRecurring", event.hasRecurrenceRules());
-  writer.member("writable", calendar.allowsContentModifications);
-  writer.member("availability", event.availability());
-  addDate(writer, "start", event.startDate());
-  addDate(writer, "end", event.endDate());
-  addDate(writer, "occurrence", event.occurrenceDate());
-  addDate(writer, "lastModified", event.lastModifiedDate());
-  addText(writer, "notes", event.notes());
-  addText(writer, "url", event.url());
-  addText(writer, "location", event.location());
-  addColor(writer, calendar);
-  addAttendees(writer, event.attendees());
-  writer.endObject();
+  writer_.beginObject();
+  writer_.member("id", event.eventIdentifier().value_or(""));
+  writer_.member("title", event.title().value_or(""));
+  addCalendar(calendar, "calendarId", "calendar");
+  writer_.member("isAllDay", event.isAllDay());
+  writer_.member("isRecurring", event.hasRecurrenceRules());
+  writer_.member("availability", event.availability());
+  addDate(writer_, "start", event.startDate());
+  addDate(writer_, "end", event.endDate());
+  addDate(writer_, "occurrence", event.occurrenceDate());
+  addDate(writer_, "lastModified", event.lastModifiedDate());
+  addText(writer_, "notes", event.notes());
+  addText(writer_, "url", event.url());
+  addText(writer_, "location", event.location());
+  addAttendees(writer_, event.attendees());
+  writer_.endObject();
 }
 
-void encode(const Reminder& reminder, JsonWriter& writer) {
+void RecordEncoder::encode(const Reminder& reminder) {
   const Calendar& list = calendarOf(reminder);
   const std::optional<DateComponents> due = reminder.dueDateComponents();
-  writer.beginObject();
-  writer.member("id", reminder.calendarItemIdentifier());
-  writer.member("title", reminder.title().value_or(""));
-  writer.member("listId", list.calendarIdentifier);
-  writer.member("list", list.title);
-  writer.member("isCompleted", reminder.isCompleted());
-  writer.member("priority", reminder.priority());
-  writer.member("hasDueTime", due && due->hour);
-  writer.member("writable", list.allowsContentModifications);
-  if (due) addDate(writer, "dueDate", instantOf(*due));
-  addText(writer, "notes", reminder.notes());
-  addColor(writer, list);
-  writer.endObject();
+  writer_.beginObject();
+  writer_.member("id", reminder.calendarItemIdentifier());
+  writer_.member("title", reminder.title().value_or(""));
+  addCalendar(list, "listId", "list");
+  writer_.member("isCompleted", reminder.isCompleted());
+  writer_.member("priority", reminder.priority());
+  writer_.member("hasDueTime", due && due->hour);
+  if (due) addDate(writer_, "dueDate", instantOf(*due));
+  addText(writer_, "notes", reminder.notes());
+  writer_.endObject();
+}
+
+template <std::size_t idSize, std::size_t titleSize>
+void RecordEncoder::addCalendar(const Calendar& calendar, const char (&idKey)[idSize],
+                                const char (&titleKey)[titleSize]) {
+  CalendarMembers& written = written_[std::hash<const Calendar*>()(&calendar) % written_.size()];
+  if (written.calendar == &calendar) {
+    writer_.repeat(written.begin, written.end);
+    return;
+  }
+  const std::size_t begin = writer_.size();
+  writer_.member(idKey, calendar.calendarIdentifier);
+  writer_.member(titleKey, calendar.title);
+  writer_.member("writable", calendar.allowsContentModifications);
+  addColor(writer_, calendar);
+  written = {&calendar, begin, writer_.size()};
 }
 
 }  // namespace tidemark

@@ -62,6 +62,15 @@ class JsonWriter {
     endToken(end);
   }
 
+  // How much was written by now; and once more what was written between two such moments: whole
+  // members, neither time the first of their object.
+  std::size_t size() const { return out_.view().size(); }
+  void repeat(std::size_t begin, std::size_t end) {
+    char* out = out_.reserve(end - begin);
+    std::memcpy(out, out_.view().data() + begin, end - begin);
+    endToken(out + (end - begin));
+  }
+
   // False once a string was not valid UTF-8: the text must not be sent.
   bool isValid() const { return valid_; }
 

@@ -22,7 +22,8 @@ void ReminderCollector::answer(RequestId id) const {
   JsonWriter& writer = object.writer();
   writer.key("reminders");
   writer.beginArray();
-  for (const auto& [identifier, reminder] : collected_) encode(*reminder, writer);
+  RecordEncoder encoder(writer);
+  for (const auto& [identifier, reminder] : collected_) encoder.encode(*reminder);
   writer.endArray();
   reply(id, std::move(object));
 }

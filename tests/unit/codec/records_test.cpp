@@ -4,6 +4,7 @@
 
 #include <csignal>
 #include <string>
+#include <vector>
 
 #include "store/memory/memory_items.h"
 #include "tests/support/command_test.h"
@@ -22,7 +23,7 @@ template <typename Item>
 std::string record(const Item& item) {
   TextBuffer buffer;
   JsonWriter writer(buffer);
-  encode(item, writer);
+  RecordEncoder(writer).encode(item);
   EXPECT_TRUE(writer.isValid());
   return normalized(buffer.view());
 }
@@ -90,6 +91,34 @@ TEST(EventRecord, TellsAnEmptyListOfAttendeesFromNone) {
   event.calendar = plain;
   event.attendees.emplace();
   EXPECT_NE(record(MemoryEventItem(event)).find(R"("attendees":[])"), std::string::npos);
+}
+
+// With more calendars than are remembered, each of them again and again.
+TEST(EventRecord, IsTheSameAmongOthers) {
+  std::vector<CalendarRef> calendars;
+  for (int number = 0; number < 100; ++number) {
+    const std::string name = std::to_string(number);
+    const std::optional<Color> color = Color{ColorSpace::gray, {number / 100.0}};
+    calendars.push_back(makeCalendar(
+        "id/" + name, name,
+        {.isWritable = number % 2 == 0, .color = number % 3 == 0 ? std::nullopt : color}));
+  }
+  std::string expected;
+  TextBuffer buffer;
+  JsonWriter writer(buffer);
+  RecordEncoder encoder(writer);
+  writer.beginArray();
+  for (int round = 0; round < 3; ++round) {
+    for (const CalendarRef& calendar : calendars) {
+      const MemoryEventItem event(makeEvent("e", "Title", calendar, at("2025-03-01T12:00:00Z")));
+      for (int repetition = 0; repetition < 2; ++repetition) {
+        encoder.encode(event);
+        expected += ',' + record(event);
+      }
+    }
+  }
+  writer.endArray();
+  EXPECT_EQ(normalized(buffer.view()), '[' + expected.substr(1) + ']');
 }
 
 TEST(EventRecord, StopsTheProcessWithoutACalendar) {

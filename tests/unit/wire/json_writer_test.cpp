@@ -102,6 +102,26 @@ TEST(JsonWriter, SeparatesMembersAndElements) {
   EXPECT_EQ(buffer.view(), R"({"empty":[],"list":["a",{},true],"text":"b","plain":"2025"})");
 }
 
+TEST(JsonWriter, RepeatsMembers) {
+  TextBuffer buffer;
+  JsonWriter writer(buffer);
+  writer.beginArray();
+  writer.beginObject();
+  writer.member("a", "b");
+  const std::size_t begin = writer.size();
+  writer.member("c", "d");
+  writer.member("e", true);
+  const std::size_t end = writer.size();
+  writer.endObject();
+  writer.beginObject();
+  writer.member("f", "g");
+  writer.repeat(begin, end);
+  writer.member("h", "i");
+  writer.endObject();
+  writer.endArray();
+  EXPECT_EQ(buffer.view(), R"([{"a":"b","c":"d","e":true},{"f":"g","c":"d","e":true,"h":"i"}])");
+}
+
 TEST(JsonWriter, WritesBackWhatWasRead) {
   const std::string text = R"({"a\/b":[null,true,-1.50e2,"\u0001é",{"":{}}],"c":[]})";
   EXPECT_EQ(written(*parseJson(text)), text);
