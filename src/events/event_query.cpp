@@ -1,7 +1,7 @@
 #include "events/event_query.h"
 
 #include <algorithm>
-#include <cmath>
+#include <utility>
 #include <vector>
 
 #include "access/authorization.h"
@@ -19,19 +19,26 @@ constexpr Instant distantPast =
 
 constexpr std::chrono::duration<double> occurrenceTolerance{1.0};
 
+Instant startOf(const Event& event) {
+  return event.startDate().value_or(distantPast);
+}
+
 void sortByStart(std::vector<EventRef>& events) {
-  const auto comesBefore = [](const EventRef& a, const EventRef& b) {
-    return eventComesBefore(*a, *b);
-  };
   // Most stores answer in this order; then one pass is all.
-  if (std::is_sorted(events.begin(), events.end(), comesBefore)) return;
-  std::stable_sort(events.begin(), events.end(), comesBefore);
+  Instant latest = Instant::min();
+  const bool isSorted = std::all_of(events.begin(), events.end(), [&](const EventRef& event) {
+    const Instant start = startOf(*event);
+    return std::exchange(latest, start) <= start;
+  });
+  if (isSorted) return;
+  std::stable_sort(events.begin(), events.end(),
+                   [](const EventRef& a, const EventRef& b) { return eventComesBefore(*a, *b); });
 }
 
 }  // namespace
 
 bool eventComesBefore(const Event& a, const Event& b) {
-  return a.startDate().value_or(distantPast) < b.startDate().value_or(distantPast);
+  return startOf(a) < startOf(b);
 }
 
 void listEvents(RequestId id, const Request& request) {
