@@ -79,14 +79,13 @@ std::optional<std::string_view> LocalEvent::location() const {
 
 std::optional<std::span<const Participant>> LocalEvent::attendees() const {
   if (isNew() || !placed_.item->hasAttendees) return std::nullopt;
-  if (attendees_ == nullptr) {
-    attendees_ = std::make_unique<std::vector<Participant>>();
-    attendees_->reserve(placed_.item->attendees.size());
+  if (attendees_.empty()) {
+    attendees_.reserve(placed_.item->attendees.size());
     for (const Attendee& attendee : placed_.item->attendees) {
-      attendees_->push_back({attendee.name, attendee.address});
+      attendees_.push_back({attendee.name, attendee.address});
     }
   }
-  return *attendees_;
+  return attendees_;
 }
 
 void LocalEvent::become(std::shared_ptr<const LocalEvent> saved) {
@@ -94,7 +93,7 @@ void LocalEvent::become(std::shared_ptr<const LocalEvent> saved) {
   calendar_ = saved->calendar_;
   identifier_ = saved->identifier_;
   edits_.reset();
-  attendees_.reset();
+  attendees_.clear();
   saved_ = std::move(saved);
 }
 

@@ -71,7 +71,7 @@ class LocalEvent final : public Event {
   std::string_view identifier_;
   std::unique_ptr<EventEdits> edits_;
   // Made when they are asked for.
-  mutable std::unique_ptr<std::vector<Participant>> attendees_;
+  mutable std::vector<Participant> attendees_;
   // Owns what the views show, once the event was saved.
   std::shared_ptr<const LocalEvent> saved_;
 };
