@@ -179,12 +179,9 @@ const CollectionItems* CollectionTree::items(std::uint32_t number) const {
 
 // The root is looked for at every query: that it came or went shows at once, watched or not.
 void CollectionTree::checkRoot() {
-  const auto path = findRoot(candidates_);
-  const auto identity = path ? identityOf(*path) : std::nullopt;
-  const bool isSame = root_ == nullptr
-                          ? !identity
-                          : identity && *identity == root_->identity && root_->path == *path;
-  if (!isSame) {
+  if (!isRootSame()) {
+    const auto path = findRoot(candidates_);
+    const auto identity = path ? identityOf(*path) : std::nullopt;
     if (root_ != nullptr) drop(std::move(root_));
     if (identity) {
       root_ = std::make_unique<CollectionDirectory>();
@@ -199,6 +196,15 @@ void CollectionTree::checkRoot() {
   watchCandidates();
   // What came before the watch did.
   checkRoot();
+}
+
+bool CollectionTree::isRootSame() const {
+  // The first candidate counts before all others: one look is enough.
+  if (root_ != nullptr && root_->path == candidates_.front())
+    return identityOf(root_->path) == root_->identity;
+  const auto path = findRoot(candidates_);
+  if (root_ == nullptr) return !path || !identityOf(*path);
+  return path && *path == root_->path && identityOf(*path) == root_->identity;
 }
 
 // Watches what tells that a root comes that counts before the present one: of each path the nearest

@@ -58,6 +58,7 @@ class CollectionTree {
   void route(const WatchEvent& event);
   void note(CollectionDirectory& directory, const WatchEvent& event);
   void checkRoot();
+  bool isRootSame() const;
   void watchCandidates();
   void check(CollectionDirectory& directory);
   bool finishBatch();

@@ -37,10 +37,13 @@ std::string dataHome(const std::string& home) {
 }
 
 // What is meant by a root that exists: a name behind which there is something, readable or not.
+bool saysAbsent(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP || error == ENAMETOOLONG;
+}
+
 bool exists(const std::string& path) {
   struct stat status {};
-  if (::stat(path.c_str(), &status) == 0) return true;
-  return errno != ENOENT && errno != ENOTDIR && errno != ELOOP && errno != ENAMETOOLONG;
+  return ::stat(path.c_str(), &status) == 0 || !saysAbsent(errno);
 }
 
 std::error_code outcomeOf(bool isDone) {
@@ -105,6 +108,17 @@ std::error_code makeRootAt(const std::string& root) {
   return isMadeByOther ? std::error_code() : error;
 }
 
+// Of what there is at the path.
+AuthorizationStatus statusOf(const std::string& path, mode_t mode) {
+  if (!S_ISDIR(mode)) return restricted;
+  // For somebody at least, which makes the bits mean something for the superuser too.
+  constexpr mode_t listed = S_IRUSR | S_IRGRP | S_IROTH;
+  constexpr mode_t searched = S_IXUSR | S_IXGRP | S_IXOTH;
+  if ((mode & listed) == 0 || (mode & searched) == 0) return denied;
+  const bool mayUse = ::faccessat(AT_FDCWD, path.c_str(), R_OK | X_OK, AT_EACCESS) == 0;
+  return mayUse ? fullAccess : denied;
+}
+
 }  // namespace
 
 std::vector<std::string> rootCandidates() {
@@ -120,17 +134,12 @@ std::optional<std::string> findRoot(const std::vector<std::string>& candidates) 
 }
 
 AuthorizationStatus rootStatus(const std::vector<std::string>& candidates) {
-  const auto root = findRoot(candidates);
-  if (!root) return notDetermined;
-  struct stat status {};
-  if (::stat(root->c_str(), &status) != 0) return denied;
-  if (!S_ISDIR(status.st_mode)) return restricted;
-  // For somebody at least, which makes the bits mean something for the superuser too.
-  constexpr mode_t listed = S_IRUSR | S_IRGRP | S_IROTH;
-  constexpr mode_t searched = S_IXUSR | S_IXGRP | S_IXOTH;
-  if ((status.st_mode & listed) == 0 || (status.st_mode & searched) == 0) return denied;
-  const bool mayUse = ::faccessat(AT_FDCWD, root->c_str(), R_OK | X_OK, AT_EACCESS) == 0;
-  return mayUse ? fullAccess : denied;
+  for (const std::string& candidate : candidates) {
+    struct stat status {};
+    if (::stat(candidate.c_str(), &status) == 0) return statusOf(candidate, status.st_mode);
+    if (!saysAbsent(errno)) return denied;
+  }
+  return notDetermined;
 }
 
 std::optional<std::string> makeRoot(const std::vector<std::string>& candidates) {
