@@ -44,7 +44,12 @@ class Builder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Builder> 
     std::get<JsonObject>(open_.back()->value).members.emplace_back(std::string(text, size), Json());
     return true;
   }
-  bool StartObject() { return enter(JsonObject()); }
+  bool StartObject() {
+    // At once for all members that most requests have.
+    JsonObject object;
+    object.members.reserve(8);
+    return enter(std::move(object));
+  }
   bool EndObject(rapidjson::SizeType) { return leave(); }
   bool StartArray() { return enter(JsonArray()); }
   bool EndArray(rapidjson::SizeType) { return leave(); }
