@@ -13,9 +13,11 @@ namespace {
 class GlobalQueue {
  public:
   void run(std::function<void()> task) {
-    const std::lock_guard lock(lock_);
+    std::unique_lock lock(lock_);
     tasks_.push_back(std::move(task));
     if (tasks_.size() <= idleThreads_) {
+      // Not under the lock, which the thread that wakes would have to wait for.
+      lock.unlock();
       taskAdded_.notify_one();
     } else if (threads_ < maximumThreads_) {
       ++threads_;
