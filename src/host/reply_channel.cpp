@@ -10,9 +10,11 @@
 namespace tidemark {
 namespace {
 
-// What a thread keeps of a line's buffer for its next one: enough for a week of a big calendar.
-// Fresh memory costs a page fault every 4 kB, several times what filling it costs.
-constexpr std::size_t largestSpareBuffer = std::size_t{8} << 20;
+// A thread keeps a line's buffer for its next one: fresh memory costs a page fault every 4 kB,
+// several times what filling it costs. One that is bigger than a week of a big calendar is offered
+// to the system meanwhile, and one that is bigger than a year of it is given back.
+constexpr std::size_t largestOwnBuffer = std::size_t{8} << 20;
+constexpr std::size_t largestSpareBuffer = std::size_t{128} << 20;
 thread_local TextBuffer spareBuffer;
 
 void waitUntilWritable(int descriptor) {
@@ -44,12 +46,14 @@ std::timed_mutex& makeOutputLock() {
 std::timed_mutex& outputLock = makeOutputLock();
 
 ReplyObject::ReplyObject() : line_(std::move(spareBuffer)), writer_(line_) {
-  line_.clear();
   writer_.beginObject();
 }
 
 ReplyObject::~ReplyObject() {
-  if (line_.capacity() <= largestSpareBuffer) spareBuffer = std::move(line_);
+  if (line_.capacity() > largestSpareBuffer) return;
+  line_.clear();
+  if (line_.capacity() > largestOwnBuffer) line_.offerMemory();
+  spareBuffer = std::move(line_);
 }
 
 void emit(ReplyObject&& object) {

@@ -25,6 +25,9 @@ class TextBuffer {
   std::string_view view() const { return {bytes_.get(), size_}; }
   std::size_t capacity() const { return capacity_; }
   void clear() { size_ = 0; }
+  // While it is empty: lets the system take the memory when it is short of it. What it did not take
+  // by the next use needs no page faults then.
+  void offerMemory();
   // Drops bytes from the front; what is left moves there.
   void removePrefix(std::size_t size) {
     if (size == 0) return;
