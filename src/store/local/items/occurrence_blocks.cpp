@@ -263,13 +263,21 @@ std::vector<PlacedEvent> OccurrenceBlocks::collect(const Range& range, const Sel
   std::vector<PlacedEvent> found;
   const BlockNumber first = blockOf(range.first);
   const BlockNumber last = blockOf(range.last - 1);
-  for (auto block = blocks_.lower_bound(first); block != blocks_.end() && block->first <= last;
-       ++block) {
+  const auto begin = blocks_.lower_bound(first);
+  const auto end = blocks_.upper_bound(last);
+  std::size_t most = 0;
+  for (auto block = begin; block != end; ++block) {
     settle(block->second);
+    most += block->second.events.size();
+  }
+  found.reserve(most);
+  for (auto block = begin; block != end; ++block) {
     // What reaches in from the block before was met there, but in the first one.
     const bool isFirst = block->first == first;
     for (const PlacedEvent& event : block->second.events) {
       if (event.start >= range.last) break;
+      // Most of the block, when a week is asked for: passed over with whole numbers.
+      if (event.end < range.first) continue;
       if (!isFirst && event.start < startOf(block->first)) continue;
       if (event.isExpanded && !withExpanded) continue;
       if (range.holds(event) && selection[event.collection]) {
