@@ -48,6 +48,9 @@ std::size_t sizeOfIdentifiers(const Findings<Placed>& findings) {
   return size;
 }
 
+// How far ahead of its event an item is asked for.
+constexpr std::size_t lookahead = 4;
+
 template <typename Object, typename Placed>
 struct Answer {
   explicit Answer(Findings<Placed> found)
@@ -79,7 +82,14 @@ std::vector<std::shared_ptr<Interface>> makeObjects(Findings<Placed> findings) {
 }  // namespace
 
 std::vector<EventRef> makeEvents(Findings<PlacedEvent> findings) {
-  return makeObjects<Event, LocalEvent>(std::move(findings));
+  std::vector<EventRef> events = makeObjects<Event, LocalEvent>(std::move(findings));
+  const auto local = [&](std::size_t index) -> LocalEvent& {
+    return static_cast<LocalEvent&>(*events[index]);
+  };
+  for (std::size_t index = 0; index + lookahead < events.size(); ++index) {
+    local(index).setNext(*local(index + lookahead).placed().item);
+  }
+  return events;
 }
 
 std::vector<ReminderRef> makeReminders(Findings<PlacedTodo> findings) {

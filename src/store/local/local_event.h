@@ -54,6 +54,9 @@ class LocalEvent final : public Event {
   void setAvailability(std::int64_t availability) override;
   void setCalendar(CalendarRef calendar) override;
 
+  // The item of an object that is read soon after this one.
+  void setNext(const Item& next) { next_ = &next; }
+
   // For whoever saves it.
   bool isNew() const { return placed_.item == nullptr; }
   const PlacedEvent& placed() const { return placed_; }
@@ -65,10 +68,14 @@ class LocalEvent final : public Event {
 
  private:
   EventEdits& edited();
+  // Has the processor fetch the next item from memory while this one is read: an answer's items
+  // stand wherever their files put them, and waiting for each takes longer than writing it.
+  void prefetchNext() const;
 
   PlacedEvent placed_;
   const LocalCalendar* calendar_ = nullptr;
   std::string_view identifier_;
+  const Item* next_ = nullptr;
   std::unique_ptr<EventEdits> edits_;
   // Made when they are asked for.
   mutable std::vector<Participant> attendees_;
