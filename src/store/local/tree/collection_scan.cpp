@@ -193,7 +193,7 @@ void CollectionTree::checkName(CollectionDirectory& directory, const std::string
 
 void CollectionTree::checkFiles(CollectionDirectory& directory) {
   const auto changed = std::exchange(directory.changedFiles, {});
-  const Descriptor opened = openDirectory(directory.path);
+  Descriptor opened = openDirectory(directory.path);
   std::map<FileNews, FileNames> names;
   for (const auto& [name, news] : changed) {
     const EntryKind kind = opened ? entryKindOf(opened.get(), name) : EntryKind::absent;
@@ -208,8 +208,11 @@ void CollectionTree::checkFiles(CollectionDirectory& directory) {
       names[news].add(name, isLinked);
     }
   }
-  for (auto& [news, files] : names) {
-    order(directory, openDirectory(directory.path), std::move(files), news);
+  while (!names.empty()) {
+    auto group = names.extract(names.begin());
+    // Each order has a descriptor of its own; most changes make one.
+    Descriptor own = names.empty() ? std::move(opened) : openDirectory(directory.path);
+    order(directory, std::move(own), std::move(group.mapped()), group.key());
   }
 }
 

@@ -24,6 +24,8 @@ constexpr std::size_t readersOfColdFiles = 8;
 constexpr std::chrono::microseconds warmFile{25};
 
 std::size_t readersFor(std::size_t files, bool isCold) {
+  // Asking for the processors reads a file, which takes longer than the one file of most changes.
+  if (files < 2 * filesWorthAThread) return 1;
   const std::size_t processors = std::max(1u, std::thread::hardware_concurrency());
   const std::size_t most = isCold ? readersOfColdFiles : std::min(processors, readersOfColdFiles);
   return std::clamp<std::size_t>(files / filesWorthAThread, 1, most);
