@@ -43,7 +43,7 @@ FileTag tagOf(const struct stat& status) {
   hash = mix(hash, static_cast<std::uint64_t>(status.st_size));
   hash = mix(hash, nanoseconds(status.st_mtim));
   hash = mix(hash, nanoseconds(status.st_ctim));
-  return hash == 0 ? 1 : hash;
+  return hash == unknownTag ? 1 : hash;
 }
 
 bool isYoung(const struct stat& status) {
@@ -62,6 +62,13 @@ FileText FileReader::read(int directory, const char* name, Changes changes) {
                      : errno == ENXIO ? FileText::Outcome::passedOver
                                       : FileText::Outcome::unreadable;
     return result;
+  }
+  if (changes == Changes::toldByWatch) {
+    if (const auto text = readSmall(file.get())) {
+      result.outcome = FileText::Outcome::read;
+      result.text = *text;
+      return result;
+    }
   }
   struct stat before {};
   if (::fstat(file.get(), &before) != 0) {
@@ -83,6 +90,16 @@ FileText FileReader::read(int directory, const char* name, Changes changes) {
   }
   result.outcome = FileText::Outcome::unsteady;
   return result;
+}
+
+// Three system calls a file, opening and closing included: asking for its state would be a fourth,
+// a twelfth of the time that reading it takes. Absent where one read does not do.
+std::optional<std::string_view> FileReader::readSmall(int descriptor) {
+  reserve(smallestBuffer);
+  const ssize_t count = ::read(descriptor, buffer_.get(), capacity_);
+  // A read that comes back short has met the end.
+  if (count < 0 || static_cast<std::size_t>(count) == capacity_) return std::nullopt;
+  return std::string_view(buffer_.get(), static_cast<std::size_t>(count));
 }
 
 FileText FileReader::readOnce(int descriptor, const struct stat& status) {

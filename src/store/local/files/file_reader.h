@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 namespace tidemark::local {
@@ -17,8 +18,10 @@ namespace tidemark::local {
 inline constexpr std::size_t maximumFileSize = std::size_t{256} << 20;
 
 // Device, inode, size, mtime and ctime in one number: while it is the same, so is the file, unless
-// it is young. Never 0.
+// it is young.
 using FileTag = std::uint64_t;
+// Of a file whose state was not asked for. No state has this tag.
+inline constexpr FileTag unknownTag = 0;
 FileTag tagOf(const struct stat& status);
 
 // The file changed so recently that it may change again without another tag: the clocks of file
@@ -36,7 +39,7 @@ struct FileText {
   Outcome outcome = Outcome::absent;
   // Valid until the next call.
   std::string_view text;
-  FileTag tag = 0;
+  FileTag tag = unknownTag;
   bool isYoung = false;
 };
 
@@ -44,7 +47,7 @@ struct FileText {
 class FileReader {
  public:
   enum class Changes {
-    toldByWatch,  // somebody else notices what changes during the read
+    toldByWatch,  // a watch tells of every change; the tag is then seldom asked for
     compared,     // the file is read again when it changed during the read
   };
 
@@ -54,6 +57,7 @@ class FileReader {
   static bool endsAsCalendar(int directory, const char* name);
 
  private:
+  std::optional<std::string_view> readSmall(int descriptor);
   FileText readOnce(int descriptor, const struct stat& status);
   void reserve(std::size_t size);
 

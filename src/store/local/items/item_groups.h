@@ -24,7 +24,7 @@ void orderItems(ItemList& items);
 // What a file of a collection holds.
 struct FileRecord {
   std::string name;
-  FileTag tag = 0;
+  FileTag tag = unknownTag;
   bool isYoung = false;
   // Reached through a symbolic link: no watch on the directory tells when it changes.
   bool isLinked = false;

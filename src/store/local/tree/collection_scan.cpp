@@ -222,8 +222,8 @@ void CollectionTree::order(CollectionDirectory& directory, Descriptor opened, Fi
   LoadOrder order;
   order.directory = std::move(opened);
   order.names = std::move(names);
-  order.changes =
-      directory.watch ? FileReader::Changes::toldByWatch : FileReader::Changes::compared;
+  const bool isTold = directory.watch && news == FileNews::contents;
+  order.changes = isTold ? FileReader::Changes::toldByWatch : FileReader::Changes::compared;
   order.take = [this, &directory, news](LoadedFile loaded) {
     accept(directory, news, std::move(loaded));
   };
@@ -257,7 +257,8 @@ void CollectionTree::accept(CollectionDirectory& directory, FileNews news, Loade
     directory.unsettled.insert(record.name);
     return;
   }
-  const bool isSameFile = former != nullptr && former->tag == record.tag;
+  const bool isSameFile =
+      former != nullptr && former->tag == record.tag && record.tag != unknownTag;
   const bool isSameAccess = former != nullptr && former->isUnreadable == record.isUnreadable;
   isChanged_ |= news == FileNews::attributes ? !isSameAccess : !isSameFile || !isSameAccess;
   put(directory, std::move(loaded.record));
