@@ -20,6 +20,7 @@ class Notices : public ScratchStore {
     static auto* const stores = new std::vector<std::unique_ptr<Store>>;
     stores->push_back(makeLocalStore(std::move(candidates), makeWatcher()));
     Store& served = *stores->back();
+    served_ = &served;
     served.setChangeObserver([heard = heard_] {
       const std::lock_guard guard(heard->lock);
       ++heard->count;
@@ -43,6 +44,8 @@ class Notices : public ScratchStore {
 
   template <typename Change>
   void expectNotice(const char* what, const Change& change) {
+    // What was changed before is read in, and what it leads to is watched.
+    static_cast<void>(served_->calendarsForEntityType(EntityType::event));
     const int before = count();
     change();
     EXPECT_TRUE(comesAfter(before)) << what;
@@ -62,6 +65,7 @@ class Notices : public ScratchStore {
     int count = 0;
   };
   const std::shared_ptr<Heard> heard_ = std::make_shared<Heard>();
+  Store* served_ = nullptr;
   int markers_ = 0;
 };
 
@@ -97,6 +101,25 @@ TEST_F(Notices, AreOneForOneRename) {
   for (int change = 0; change < 20; ++change) {
     const int before = count();
     put(root() / "work/a.ics", eventText("a", std::to_string(change)));
+    ASSERT_TRUE(comesAfter(before));
+    EXPECT_EQ(count(), before + 1);
+  }
+}
+
+TEST_F(Notices, AreOneForWhatTheStoreItselfMakesAndRemoves) {
+  write(root() / "work/a.ics", eventText("a", "A"));
+  Store& served = listen();
+  for (int round = 0; round < 20; ++round) {
+    const EventRef event = served.newEvent();
+    event->setStartDate(instant(2025, 3, 4));
+    event->setEndDate(instant(2025, 3, 5));
+    event->setCalendar(served.calendarsForEntityType(EntityType::event).front());
+    int before = count();
+    ASSERT_TRUE(served.saveEvent(*event));
+    ASSERT_TRUE(comesAfter(before));
+    EXPECT_EQ(count(), before + 1);
+    before = count();
+    ASSERT_TRUE(served.removeEvent(*event));
     ASSERT_TRUE(comesAfter(before));
     EXPECT_EQ(count(), before + 1);
   }

@@ -61,7 +61,11 @@ ErrorNumber TemporaryFile::write(std::string_view text, const FileStatus* replac
   if (replaced != nullptr) {
     if (const ErrorNumber error = adopt(own, *replaced)) return error;
   }
-  return syncFile(descriptor_.get());
+  if (const ErrorNumber error = syncFile(descriptor_.get())) return error;
+  // Closed while it still has the temporary name: a close after the rename would be told to whoever
+  // watches as a second change of the item.
+  descriptor_ = directory_.hold(name_);
+  return descriptor_ ? 0 : errno;
 }
 
 ErrorNumber TemporaryFile::adopt(const FileStatus& own, const FileStatus& replaced) {
