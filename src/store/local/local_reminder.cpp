@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "store/local/text/civil.h"
+#include "store/local/text/todo.h"
 
 namespace tidemark::local {
 namespace {
@@ -44,7 +45,7 @@ const Calendar* LocalReminder::calendar() const {
 
 bool LocalReminder::isCompleted() const {
   if (edits_ && edits_->change.completed) return *edits_->change.completed;
-  return !isNew() && local::isCompleted(*placed_.item);
+  return !isNew() && local::isCompleted(*placed_.item->todo);
 }
 
 std::int64_t LocalReminder::priority() const {

@@ -99,6 +99,57 @@ TEST_F(Reminders, SeriesStandsAtItsFirstOpenOccurrence) {
   EXPECT_EQ(openInMarch(), Titles{"Second"});
 }
 
+TEST_F(Reminders, SeriesRepeatsByItsDueDateWhereItHasNoStart) {
+  const std::string series = "DUE;VALUE=DATE:20250303\r\nRRULE:FREQ=WEEKLY\r\n";
+  write(root() / "l/s.ics", todoText("s", "Series", series));
+  EXPECT_EQ(dueOf("l:s")->day, 3);
+  put(root() / "l/s.ics", todoText("s", "Series", series + "EXDATE;VALUE=DATE:20250303\r\n"));
+  EXPECT_EQ(dueOf("l:s")->day, 10);
+  EXPECT_EQ(openTitles(instant(2025, 3, 1), instant(2025, 3, 9)), Titles{});
+  put(root() / "l/s.ics",
+      calendarText("BEGIN:VTODO\r\nUID:s\r\nSUMMARY:Series\r\n" + series +
+                   "END:VTODO\r\nBEGIN:VTODO\r\nUID:s\r\nSUMMARY:First\r\n"
+                   "RECURRENCE-ID;VALUE=DATE:20250303\r\nDUE;VALUE=DATE:20250303\r\n"
+                   "COMPLETED:20250304T100000Z\r\nEND:VTODO\r\n"));
+  EXPECT_EQ(dueOf("l:s")->day, 10);
+  EXPECT_EQ(openInMarch(), Titles{"Series"});
+  EXPECT_EQ(doneInMarch(), Titles{"First"});
+}
+
+TEST_F(Reminders, CompletingShowsTheNextDueDate) {
+  const std::vector<std::pair<std::string, std::string>> repetitions = {
+      {"DTSTART;VALUE=DATE:20250302\r\n", "RRULE:FREQ=WEEKLY\r\n"},
+      {"", "RRULE:FREQ=WEEKLY\r\n"},
+      {"DTSTART;VALUE=DATE:20250302\r\n", "RDATE;VALUE=DATE:20250309\r\n"},
+      {"", "RDATE;VALUE=DATE:20250310\r\n"},
+  };
+  for (const auto& [start, repetition] : repetitions) {
+    SCOPED_TRACE(start + repetition);
+    write(root() / "l/a.ics",
+          todoText("a", "A", start + "DUE;VALUE=DATE:20250303\r\n" + repetition));
+    const ReminderRef reminder = store().calendarItemWithIdentifier("l:a");
+    reminder->setCompleted(true);
+    ASSERT_TRUE(store().saveReminder(*reminder));
+    EXPECT_TRUE(store().calendarItemWithIdentifier("l:a")->isCompleted());
+    EXPECT_EQ(dueOf("l:a")->day, 3);
+    EXPECT_EQ(openTitles(instant(2025, 3, 10), instant(2025, 3, 11)), Titles{"A"});
+    EXPECT_EQ(openTitles(instant(2025, 3, 1), instant(2025, 3, 10)), Titles{});
+    for (const auto& file : std::filesystem::directory_iterator(root() / "l")) {
+      std::filesystem::remove(file);
+    }
+  }
+}
+
+TEST_F(Reminders, DueDateInAnotherZoneKeepsItsDistance) {
+  // Germany puts its clocks forward on 30 March.
+  write(root() / "l/s.ics",
+        todoText("s", "S",
+                 "DTSTART:20250329T090000Z\r\nDUE;TZID=Europe/Berlin:20250329T120000\r\n"
+                 "RRULE:FREQ=DAILY\r\nEXDATE:20250329T090000Z\r\n"));
+  EXPECT_EQ(dueOf("l:s")->day, 30);
+  EXPECT_EQ(dueOf("l:s")->hour, 13);
+}
+
 TEST_F(Reminders, ChangesShowInBothQueries) {
   write(root() / "l/a.ics", todoText("a", "A", dueMarch3));
   EXPECT_EQ(openInMarch(), Titles{"A"});

@@ -9,6 +9,7 @@
 #include "store/local/editor/todo_due.h"
 #include "store/local/editor/todo_successor.h"
 #include "store/local/text/instants.h"
+#include "store/local/text/todo.h"
 
 namespace tidemark::local {
 namespace {

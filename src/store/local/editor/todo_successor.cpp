@@ -12,6 +12,7 @@
 #include "store/local/editor/time_form.h"
 #include "store/local/text/date_value.h"
 #include "store/local/text/instants.h"
+#include "store/local/text/todo.h"
 
 namespace tidemark::local {
 namespace {
@@ -138,7 +139,6 @@ void removePastDates(ComponentEditor& editor, const TimeForm& seriesForm, UtcSec
 }
 
 void moveTimes(ComponentEditor& editor, const Item& master, const Moment& next) {
-  const Todo& todo = *master.todo;
   const TimeText start = timeText(anchorForm(editor, master), next);
   if (!master.start) {
     setTime(editor, "DUE", start);
@@ -146,12 +146,9 @@ void moveTimes(ComponentEditor& editor, const Item& master, const Moment& next) 
   }
   setTime(editor, "DTSTART", start);
   const ContentLine* const dueLine = editor.find("DUE");
-  if (!dueLine || !todo.due) return;
-  const TimeForm form = formOf(*dueLine, *todo.due);
-  const bool isSameClock = todo.due->zone == master.start->zone;
-  setTime(editor, "DUE",
-          isSameClock ? timeTextOfWall(form, next.wall + (todo.due->wall - master.start->wall))
-                      : timeText(form, next.toUtc() + (todo.due->toUtc() - master.start->toUtc())));
+  if (!dueLine || !master.todo->due) return;
+  const TimeForm form = formOf(*dueLine, *master.todo->due);
+  setTime(editor, "DUE", timeText(form, *dueOfOccurrence(master, next)));
 }
 
 // Alarms that go off at an instant of their own go off as long before the next occurrence.
@@ -181,14 +178,6 @@ void reset(ComponentEditor& editor, UtcSeconds now) {
 }
 
 }  // namespace
-
-bool isCompleted(const Todo& todo) {
-  return todo.status == TodoStatus::completed || todo.completed || todo.percentComplete == 100;
-}
-
-bool isOpen(const Todo& todo) {
-  return !isCompleted(todo) && todo.status != TodoStatus::cancelled;
-}
 
 std::optional<Moment> openOccurrence(const ItemFamily& family, UtcSeconds from) {
   const auto found = family.firstOccurrence(from, [&](const Occurrence& one) {

@@ -18,10 +18,6 @@ struct SuccessorPlan {
   std::vector<std::size_t> movedComponents;
 };
 
-bool isCompleted(const Todo& todo);
-// Neither completed nor cancelled.
-bool isOpen(const Todo& todo);
-
 // The series' first occurrence at `from` or later that nobody completed or cancelled by an
 // override; absent when there is none, or no series.
 std::optional<Moment> openOccurrence(const ItemFamily& family, UtcSeconds from);

@@ -4,6 +4,7 @@
 
 #include "store/local/recurrence/recurrence.h"
 #include "store/local/text/instants.h"
+#include "store/local/text/todo.h"
 #include "store/range.h"
 
 namespace tidemark::local {
@@ -13,10 +14,6 @@ namespace {
 // again for what goes.
 constexpr std::size_t maximumNotedChanges = 1000;
 
-bool isOpen(const Item& todo) {
-  return !isCompleted(todo) && todo.todo->status != TodoStatus::cancelled;
-}
-
 PlacedTodo placeItself(const Item& item, std::uint32_t collection) {
   PlacedTodo todo{&item, item.todo->due, std::nullopt, collection};
   if (item.recurrenceId) todo.occurrence = item.recurrenceId->toUtc();
@@ -24,14 +21,7 @@ PlacedTodo placeItself(const Item& item, std::uint32_t collection) {
 }
 
 bool isSeries(const Item* master) {
-  return master != nullptr && master->series != nullptr && master->start.has_value();
-}
-
-// The due date of the occurrence that starts at `start`, as far from it as the master's.
-std::optional<Moment> dueOfOccurrence(const Item& master, const Moment& start) {
-  std::optional<Moment> due = master.todo->due;
-  if (due) due->wall += start.wall - master.start->wall;
-  return due;
+  return master != nullptr && master->series != nullptr;
 }
 
 // Absent when every occurrence is completed, cancelled or excepted.
@@ -45,7 +35,7 @@ std::optional<PlacedTodo> openOccurrence(const Item& master, ItemSpan overrides,
     while (next != overrides.end() && (*next)->recurrenceId->toUtc() < meant) ++next;
     if (next == overrides.end() || (*next)->recurrenceId->toUtc() != meant) {
       open = {&master, dueOfOccurrence(master, occurrence.start), meant, collection};
-    } else if (isOpen(**next)) {
+    } else if (isOpen(*(*next)->todo)) {
       open = placeItself(**next, collection);
     }
     return !open;
@@ -55,18 +45,14 @@ std::optional<PlacedTodo> openOccurrence(const Item& master, ItemSpan overrides,
 
 // Of a master that does not repeat, the override that stands for it, if there is one.
 bool isReplaced(const Item& master, ItemSpan overrides) {
-  if (!master.start) return false;
-  const UtcSeconds start = master.start->toUtc();
+  const auto anchor = anchorOf(master);
+  if (!anchor) return false;
+  const UtcSeconds start = anchor->toUtc();
   return std::any_of(overrides.begin(), overrides.end(),
                      [&](const auto& item) { return item->recurrenceId->toUtc() == start; });
 }
 
 }  // namespace
-
-bool isCompleted(const Item& todo) {
-  return todo.todo->status == TodoStatus::completed || todo.todo->completed.has_value() ||
-         todo.todo->percentComplete >= 100;
-}
 
 std::optional<UtcSeconds> completionDateOf(const Item& todo) {
   return todo.todo->completed ? todo.todo->completed : todo.lastModified;
@@ -81,11 +67,11 @@ std::vector<PlacedTodo> placeTodos(const ItemGroup& group, std::uint32_t collect
   const ItemSpan overrides = group.overrides();
   std::vector<PlacedTodo> todos;
   if (isSeries(master)) {
-    const auto open = isOpen(*master) ? openOccurrence(*master, overrides, collection)
-                                      : std::optional(placeItself(*master, collection));
+    const auto open = isOpen(*master->todo) ? openOccurrence(*master, overrides, collection)
+                                            : std::optional(placeItself(*master, collection));
     if (open) todos.push_back(*open);
     for (const auto& item : overrides) {
-      if (isCompleted(*item)) todos.push_back(placeItself(*item, collection));
+      if (isCompleted(*item->todo)) todos.push_back(placeItself(*item, collection));
     }
     // A series whose every occurrence was excepted or cancelled still has a name.
     if (todos.empty()) todos.push_back(placeItself(*master, collection));
@@ -100,7 +86,7 @@ std::vector<PlacedTodo> placeTodos(const ItemGroup& group, std::uint32_t collect
 
 void ReminderDates::add(const ItemGroup& group, std::uint32_t collection) {
   for (const PlacedTodo& todo : placeTodos(group, collection)) {
-    if (isOpen(*todo.item)) {
+    if (isOpen(*todo.item->todo)) {
       if (todo.due) incomplete_.added.push_back({todo.due->toUtc(), todo});
     } else if (todo.item->todo->status != TodoStatus::cancelled) {
       const auto date = completionDateOf(*todo.item);

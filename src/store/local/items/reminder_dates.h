@@ -27,7 +27,6 @@ struct PlacedTodo {
   std::uint32_t collection = 0;
 };
 
-bool isCompleted(const Item& todo);
 // COMPLETED, else LAST-MODIFIED, of a to-do that is completed.
 std::optional<UtcSeconds> completionDateOf(const Item& todo);
 
