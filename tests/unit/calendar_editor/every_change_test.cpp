@@ -57,8 +57,7 @@ UtcSeconds startOfDay(absl::CivilDay day) {
 }
 
 std::string lastSecondOf(absl::CivilDay day) {
-  return std::to_string(
-      absl::ToUnixSeconds(absl::LocalTimeZone().At(absl::CivilSecond(day) + 86399).pre));
+  return std::to_string(startOfDay(day + 1) - 1);
 }
 
 // A change, the lines that it may touch, and what the reader finds in other fields than before.

@@ -30,7 +30,7 @@ EventTimes eventTimes(UtcSeconds start, UtcSeconds end, bool isAllDay) {
   WallSeconds last = midnightOf(end);
   if (end > start && zone.toUtc(last) == end) last -= secondsPerDay;
   if (last < first) last = first;
-  return {zone.toUtc(first), zone.toUtc(last + secondsPerDay - 1), true};
+  return {zone.toUtc(first), zone.toUtc(last + secondsPerDay) - 1, true};
 }
 
 TimeText endText(const TimeForm& form, const EventTimes& times) {

@@ -13,10 +13,11 @@ UtcSeconds addDuration(const Moment& start, const Duration& duration) {
   return start.zone->toUtc(start.wall + duration.days * secondsPerDay) + duration.seconds;
 }
 
-// The days that an all-day event covers, at least the one that it starts on.
+// The days that an all-day event covers, at least the one that it starts on. Where a change of
+// offset doubles the last hour of a day, the day lasts until the second of the two is over.
 Span spanOfDays(const Moment& start, std::int64_t days) {
   const WallSeconds end = start.wall + std::max<std::int64_t>(days, 1) * secondsPerDay;
-  return {start.toUtc(), start.zone->toUtc(end - 1)};
+  return {start.toUtc(), start.zone->toUtc(end) - 1};
 }
 
 std::int64_t daysOf(const Duration& duration) {
