@@ -1,6 +1,6 @@
 """Sends the same random commands to the bridge over files and to the simulator; the answers must agree.
 
-    stores_agree_test.py BRIDGE SIMULATOR [--zone ZONE] [--seed SEED] [--steps STEPS]
+    stores_agree_test.py BRIDGE SIMULATOR CALENDAR_COMPLAINTS [--zone ZONE] [--seed SEED] [--steps STEPS]
 
 Between any two commands the bridge over files may be started anew: what it answers must be in the
 files. Identifiers are compared by the order in which the items were made. Left out of the comparison:
@@ -9,7 +9,7 @@ check_own(). All-day events are given whole days, local midnight to 23:59:59, wh
 
 Some items are there from the start (see fixture.py), in files and in the scenario: series, whose occurrences move less
 than the distance to the next one, since the first of a series is the earliest in files and the first named in memory;
-and a calendar and a list that are read-only.
+and a calendar and a list that are read-only. After every command libical reads the files that it changed.
 """
 
 import argparse
@@ -22,8 +22,10 @@ import sys
 import tempfile
 import zoneinfo
 
-sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "transcripts"))
+TESTS = pathlib.Path(__file__).resolve().parent.parent
+sys.path[:0] = [str(TESTS / "transcripts"), str(TESTS / "support")]
 import bridge  # noqa: E402
+import written_files  # noqa: E402
 from fixture import (  # noqa: E402
     DAY, EVENT_CALENDARS, HOUR, READ_ONLY_CALENDAR, READ_ONLY_LIST, REMINDER_LISTS, SECOND, UTC, Fixture, midnight, written)
 
@@ -304,14 +306,15 @@ def play(programs, zone, seed, steps):
         file = folder / "scenario.json"
         file.write_text(json.dumps(fixture.scenario()))
         environment = {"TZ": zone, "TIDEMARK_DESKTOP": "1", "XDG_DATA_HOME": str(folder)}
-        with fixture.written_to(folder / "calendars"):
+        root = folder / "calendars"
+        with fixture.written_to(root), written_files.Reader(programs[2]) as reader:
             return compare(
                 Side(lambda: bridge.Bridge([programs[0]], environment), fixture.file_names, fixture),
                 Side(lambda: bridge.Bridge([programs[1], str(file)], environment), fixture.memory_names, fixture),
-                Commands(seed, zone, fixture), seed, steps)
+                Commands(seed, zone, fixture), lambda: reader.complaints(root), seed, steps)
 
 
-def compare(files, memory, commands, seed, steps):
+def compare(files, memory, commands, complaints, seed, steps):
     for number in range(steps):
         step = commands.next()
         if step["cmd"] == "restart":
@@ -326,6 +329,7 @@ def compare(files, memory, commands, seed, steps):
                 item = memory.learn(step, record)
             if files.neutral(ours) != memory.neutral(simulated):
                 raise AssertionError("the answers differ")
+            assert not complaints(), "libical cannot read what was written"
             if "event" in ours:
                 check_own(step, ours["event"], simulated["event"], commands, item)
         except AssertionError as error:
@@ -341,7 +345,7 @@ def compare(files, memory, commands, seed, steps):
 
 def main():
     parser = argparse.ArgumentParser()
-    parser.add_argument("programs", nargs=2)
+    parser.add_argument("programs", nargs=3)
     parser.add_argument("--zone", default="Europe/Berlin")
     parser.add_argument("--seed", type=int, action="append")
     parser.add_argument("--steps", type=int, default=2000)

@@ -1,7 +1,5 @@
 #include "calendar_checks.h"
 
-#include <libical/ical.h>
-
 #include <algorithm>
 #include <cctype>
 
@@ -75,19 +73,6 @@ Fields fieldsOf(const Item& item) {
     }
   }
   return fields;
-}
-
-int complaintsOfLibical(const std::string& text) {
-  std::string filled;
-  ContentLineScanner scanner(text);
-  while (const auto line = scanner.next()) {
-    if (!line->value.empty()) filled += text.substr(line->begin, line->end - line->begin);
-  }
-  icalcomponent* const root = icalcomponent_new_from_string(filled.c_str());
-  if (!root) return -1;
-  const int complaints = icalcomponent_count_errors(root);
-  icalcomponent_free(root);
-  return complaints;
 }
 
 RawLines rawLinesOf(const std::string& text) {

@@ -18,11 +18,6 @@ Fields fieldsOf(const Item& item);
 // The starts of the first occurrences of an item, at most so many.
 std::vector<UtcSeconds> startsOf(const Item& item, std::size_t limit);
 
-// The components and lines that libical cannot make sense of; -1 when it reads nothing at all.
-// Lines without a value are not counted: they are common and in order, and libical alone rejects
-// them.
-int complaintsOfLibical(const std::string& text);
-
 // A logical line with its name in upper case, or the bytes between two lines.
 struct RawLine {
   std::string name;

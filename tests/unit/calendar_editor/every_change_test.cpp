@@ -14,6 +14,7 @@
 #include "sample_files.h"
 #include "store/local/editor/calendar_editor.h"
 #include "store/local/recurrence/recurrence.h"
+#include "tests/support/libical_complaints.h"
 
 namespace tidemark::local {
 namespace {

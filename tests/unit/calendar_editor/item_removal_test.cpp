@@ -89,6 +89,28 @@ TEST(ItemRemoval, ExcludesOneOccurrenceAsTheSeriesSaysTimes) {
             "EXDATE;VALUE=DATE:20250329");
 }
 
+TEST(ItemRemoval, ExcludesTheFirstTheLastAndWhatAnRdateGave) {
+  const std::string text = eventWith({start, daily, "RDATE:20250515T140000Z"});
+  const std::vector<std::string> occurrences = {"20250328T100000", "20250330T100000",
+                                                "20250515T160000"};
+  for (const std::string& occurrence : occurrences) {
+    const std::string time = occurrence.substr(0, 4) + "-" + occurrence.substr(4, 2) + "-" +
+                             occurrence.substr(6, 5) + ":" + occurrence.substr(11, 2) + ":00";
+    const std::string after = withoutOccurrence(text, at(time));
+    EXPECT_EQ(lineOf(after, "EXDATE"), "EXDATE;TZID=Europe/Berlin:" + occurrence);
+    EXPECT_EQ(lineOf(after, "RDATE"), "RDATE:20250515T140000Z");
+  }
+}
+
+TEST(ItemRemoval, ExcludesInAZoneThatOnlyTheFileKnows) {
+  std::string text = eventWith({"DTSTART;TZID=Ours:20250328T103000", daily});
+  text.insert(text.find("BEGIN:VEVENT"),
+              crlf({"BEGIN:VTIMEZONE", "TZID:Ours", "BEGIN:STANDARD", "DTSTART:19700101T000000",
+                    "TZOFFSETFROM:+0530", "TZOFFSETTO:+0530", "END:STANDARD", "END:VTIMEZONE"}));
+  EXPECT_EQ(lineOf(withoutOccurrence(text, at("2025-03-29T05:00:00Z")), "EXDATE"),
+            "EXDATE;TZID=Ours:20250329T103000");
+}
+
 TEST(ItemRemoval, ChangesTheSeriesByOneLineAndTheStamps) {
   const std::string before = "EXDATE:20250328T090000Z";
   const auto series = [&](const std::string& stamped, const std::vector<std::string>& added) {

@@ -2,6 +2,7 @@
 
 #include "calendar_checks.h"
 #include "sample.h"
+#include "tests/support/libical_complaints.h"
 
 namespace tidemark::local {
 namespace {
