@@ -1,0 +1,14 @@
+// What GNUstep's headers ask of a runtime of blocks.
+#pragma once
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+void* _Block_copy(const void* block);
+void _Block_release(const void* block);
+#ifdef __cplusplus
+}
+#endif
+
+#define Block_copy(block) ((__typeof__(block))_Block_copy((const void*)(block)))
+#define Block_release(block) _Block_release((const void*)(block))
