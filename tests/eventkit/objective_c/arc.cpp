@@ -5,11 +5,28 @@ using tidemark::objective_c::isBlock;
 using tidemark::objective_c::isHeapBlock;
 using tidemark::objective_c::send;
 
+namespace {
+
+// Looked up once: registering takes the runtime's lock.
+struct Selectors {
+  SEL retain = sel_registerName("retain");
+  SEL release = sel_registerName("release");
+  SEL autorelease = sel_registerName("autorelease");
+  SEL alloc = sel_registerName("alloc");
+  SEL init = sel_registerName("init");
+};
+const Selectors& selectors() {
+  static const Selectors instance;
+  return instance;
+}
+
+}  // namespace
+
 extern "C" {
 
 id objc_retain(id object) {
   if (object == nullptr) return nullptr;
-  if (!isBlock(object)) return send(object, "retain");
+  if (!isBlock(object)) return send(object, selectors().retain);
   if (isHeapBlock(object)) _Block_copy(object);
   return object;
 }
@@ -19,13 +36,13 @@ void objc_release(id object) {
   if (isBlock(object)) {
     _Block_release(object);
   } else {
-    send(object, "release");
+    send(object, selectors().release);
   }
 }
 
 id objc_autorelease(id object) {
   if (object == nullptr || (isBlock(object) && !isHeapBlock(object))) return object;
-  return send(object, "autorelease");
+  return send(object, selectors().autorelease);
 }
 
 id objc_retainBlock(id block) {
@@ -57,10 +74,11 @@ void objc_storeStrong(id* place, id value) {
 }
 
 void* objc_autoreleasePoolPush() {
-  return send(send(reinterpret_cast<id>(objc_lookUpClass("NSAutoreleasePool")), "alloc"), "init");
+  return send(send(reinterpret_cast<id>(objc_lookUpClass("NSAutoreleasePool")), selectors().alloc),
+              selectors().init);
 }
 void objc_autoreleasePoolPop(void* pool) {
-  send(static_cast<id>(pool), "release");
+  send(static_cast<id>(pool), selectors().release);
 }
 
 }  // extern "C"

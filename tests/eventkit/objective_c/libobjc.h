@@ -28,10 +28,9 @@ void _Block_release(const void* block);
 namespace tidemark::objective_c {
 
 // [receiver selector]
-inline id send(id receiver, const char* selector) {
-  const SEL name = sel_registerName(selector);
+inline id send(id receiver, SEL selector) {
   using Method = id (*)(id, SEL);
-  return reinterpret_cast<Method>(objc_msg_lookup(receiver, name))(receiver, name);
+  return reinterpret_cast<Method>(objc_msg_lookup(receiver, selector))(receiver, selector);
 }
 
 // Blocks are objects with a count of their own.

@@ -1,4 +1,6 @@
-// GNUstep 1.28 runs the operations of the main queue on worker threads. Here they run where the name says.
+// What GNUstep 1.28 does otherwise than the platform, put right before main() begins: it runs the operations of the main
+// queue on worker threads; the first thread that asks is its main one; and since libobjc initializes a class under its
+// lock, in which GNUstep takes locks of its own, two threads that come to a class first may wait for each other.
 #import <Foundation/Foundation.h>
 #import <objc/runtime.h>
 
@@ -18,9 +20,16 @@ static void addOperation(NSOperationQueue* self, SEL selector, NSOperation* oper
 @implementation MainQueue
 + (void)load {
   NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
-  // GNUstep's main thread is the first that asks, so this one asks.
   [NSThread mainThread];
+  [NSRunLoop mainRunLoop];
   [NSOperationQueue mainQueue];
+  [NSNotificationCenter defaultCenter];
+  [[NSNull null] performSelectorOnMainThread:@selector(self) withObject:nil waitUntilDone:YES];
+  for (NSString* name in [@"NSBlockOperation NSCalendar NSCountedSet NSData NSDate NSDateComponents NSError NSException "
+                          @"NSMutableArray NSMutableDictionary NSNotification NSPredicate NSTimer NSTimeZone NSURL"
+           componentsSeparatedByString:@" "]) {
+    [NSClassFromString(name) class];
+  }
   Method method = class_getInstanceMethod([NSOperationQueue class], @selector(addOperation:));
   addToQueue = (void (*)(id, SEL, NSOperation*))method_setImplementation(method, (IMP)addOperation);
   [pool release];
