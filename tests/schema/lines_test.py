@@ -126,7 +126,8 @@ class Lines(unittest.TestCase):
             ("date", "2025-03-03T10:00:00.250Z"), ("date", "2025-03-03T10:00:00+01:00"), ("date", "2025-03-03"),
             ("requestDate", "2025-03-03T10:00:00"), ("requestDate", "03.03.2025"), ("requestDate", 1740821400),
             ("color", "#ff8000"), ("color", "#FF8000FF"), ("status", "granted"),
-            ("events.error", {"error": "create needs `start`"}), ("calendars.error", {"error": "Full."}),
+            ("events.error", {"error": "create needs `start`"}), ("calendars.error", {"error": "no calendar to write to"}),
+            ("auth.error", {"error": "bad JSON"}), ("create.error", {"error": "event not found: x"}),
             ("status.error", {"error": "no calendar access: denied"}), ("delete.answer", {"ok": False}),
         ]:
             self.assertFalse(is_valid(definition, value), (definition, value))

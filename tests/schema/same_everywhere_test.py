@@ -104,6 +104,7 @@ class SameEverywhere(unittest.TestCase):
         for name in ("badJson", "unknownCommand"):
             in_schema |= messages(DEFINITIONS[f"{name}.error"]["properties"]["error"])
         self.assertEqual(in_schema, {message.strip() for message in written})
+        self.assertEqual(in_schema, messages(DEFINITIONS["message"]))
 
         rows = table_rows(section("## Every message"))
         documented = {span.strip(): row[1] for row in rows for span in code_spans(row[0]) if " " in span}
