@@ -2,9 +2,12 @@
 
 import assert from 'node:assert/strict'
 import { once } from 'node:events'
+import { readFile } from 'node:fs/promises'
 import test from 'node:test'
 import { fileURLToPath } from 'node:url'
-import { Bridge, Ended, Refused, TimedOut } from '../../examples/node/bridge.mjs'
+import * as client from '../../examples/node/bridge.mjs'
+
+const { Bridge, Ended, Refused, TimedOut } = client
 
 const office = fileURLToPath(new URL('../transcripts/scenarios/office.json', import.meta.url))
 const oddBridge = fileURLToPath(new URL('odd_bridge.py', import.meta.url))
@@ -105,4 +108,12 @@ test('a bridge that reads nothing', async () => {
   await assert.rejects(bridge.ask('create', { start, notes }, short), TimedOut)
   assert.ok(bridge.bufferedLength > 0)
   assert.equal(await bridge.close(short), null)
+})
+
+test('the types are of this client', async () => {
+  const types = await readFile(new URL('../../examples/node/bridge.d.mts', import.meta.url), 'utf8')
+  const classes = [...types.matchAll(/export class (\w+)/g)].map(match => match[1])
+  assert.deepEqual(classes.sort(), Object.keys(client).sort())
+  const members = [...types.matchAll(/^  (?:readonly )?(ask|close|bufferedLength)\b/gm)].map(match => match[1])
+  assert.deepEqual(members.sort(), Object.getOwnPropertyNames(Bridge.prototype).filter(name => name !== 'constructor').sort())
 })
