@@ -26,8 +26,9 @@ build: bootstrap ## build build/release/tidemark-cal and build/release/tidemark-
 test: bootstrap-development ## check the format, then build and test the presets dev, asan, tsan and fuzz
 	@tools/run_tests
 
-bench: build ## measure against the machine's limits (stores of up to 100,000 items, a few minutes)
-	@build/release/bench/measure --programs build/release/bench --bridge build/release/tidemark-cal \
+bench: bootstrap-development build ## measure against the machine's limits and draw it (up to 100,000 items, a quarter of an hour)
+	@python3 bench/plots.py build/bench \
+	  build/release/bench/measure --programs build/release/bench --bridge build/release/tidemark-cal \
 	  --generator bench/generate_store.py --scratch build/bench
 
 package: bootstrap-development build ## make a package of the release build: a .deb on Debian and Ubuntu
