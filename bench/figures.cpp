@@ -319,6 +319,8 @@ std::vector<Figure> measureChanges(const Programs& programs, const StoreUnderTes
   int missed = 0, stale = 0;
   for (int run = 0; run < runs; ++run) {
     beside.prepare();
+    // As long a pause as before the figure: caches and the processor rest alike.
+    bridge.drainChanges();
     notice.limit.add(timed([&] {
       beside.rename();
       watcher.receive();
