@@ -25,11 +25,6 @@ Calendars::Calendars(std::vector<LocalCalendarRef> calendars) : calendars_(std::
   }
 }
 
-const LocalCalendarRef& Calendars::numbered(std::uint32_t number) const {
-  static const LocalCalendarRef none;
-  return number < byNumber_.size() ? byNumber_[number] : none;
-}
-
 LocalCalendarRef Calendars::defaultFor(EntityType type) const {
   const EntityType other = type == EntityType::event ? EntityType::reminder : EntityType::event;
   LocalCalendarRef shared;

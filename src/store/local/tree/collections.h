@@ -34,7 +34,9 @@ class Calendars {
 
   const std::vector<LocalCalendarRef>& inStoreOrder() const { return calendars_; }
   // Null when there is none of that number.
-  const LocalCalendarRef& numbered(std::uint32_t number) const;
+  const LocalCalendarRef& numbered(std::uint32_t number) const {
+    return number < byNumber_.size() ? byNumber_[number] : none_;
+  }
   // The first writable one that holds the type, preferring those that do not hold the other one.
   // Null when there is none.
   LocalCalendarRef defaultFor(EntityType type) const;
@@ -42,6 +44,7 @@ class Calendars {
  private:
   std::vector<LocalCalendarRef> calendars_;
   std::vector<LocalCalendarRef> byNumber_;
+  LocalCalendarRef none_;
 };
 
 }  // namespace tidemark::local
