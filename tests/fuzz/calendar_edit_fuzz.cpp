@@ -55,15 +55,15 @@ bool isSameMoment(const std::optional<Moment>& one, const std::optional<Moment>&
 }
 
 bool isSameItem(const Item& one, const Item& other) {
-  return isSame(one.title, other.title) && isSame(one.notes, other.notes) &&
-         isSame(one.location, other.location) && isSame(one.url, other.url) &&
+  return isSame(one.title(), other.title()) && isSame(one.notes(), other.notes()) &&
+         isSame(one.location(), other.location()) && isSame(one.url(), other.url()) &&
          isSameMoment(one.start, other.start) && isSameMoment(one.end, other.end) &&
          isSameMoment(one.recurrenceId, other.recurrenceId) && one.sequence == other.sequence &&
          one.availability == other.availability && !one.series == !other.series;
 }
 
 bool isOf(const Item& item, const Item& target) {
-  return item.kind == target.kind && item.uid == target.uid;
+  return item.kind == target.kind && item.uid() == target.uid();
 }
 
 // Lines
@@ -166,7 +166,7 @@ void checkOthersStay(const CalendarText& before, const CalendarText& after, cons
   const std::vector<const Item*> were = others(before);
   check(std::equal(were.begin(), were.end(), left.begin(), left.end(),
                    [](const Item* one, const Item* other) {
-                     return one->uid == other->uid && isSameItem(*one, *other);
+                     return one->uid() == other->uid() && isSameItem(*one, *other);
                    }),
         "the other items read as before");
 }
@@ -175,13 +175,13 @@ template <typename Holds>
 void checkSomeReads(const CalendarText& after, const Item& target, const Holds& holds) {
   check(std::any_of(after.items.begin(), after.items.end(),
                     [&](const auto& item) { return isOf(*item, target) && holds(*item); }),
-        "what was changed reads back", target.uid);
+        "what was changed reads back", target.uid());
 }
 
 // Which occurrence is meant: the one that an override stands for, or one of a series' first three.
 std::optional<UtcSeconds> chooseOccurrence(const Item& item, const Choice& choice) {
   if (item.recurrenceId) return item.recurrenceId->toUtc();
-  if (!item.series || anchorOf(item) == nullptr) return std::nullopt;
+  if (!item.series || !anchorOf(item)) return std::nullopt;
   std::optional<UtcSeconds> chosen;
   int index = choice.fields % 3;
   forEachOccurrence(item, longAgo, farAway, [&](const Occurrence& occurrence) {
@@ -201,7 +201,7 @@ void changeAnEvent(std::string_view text, const CalendarText& before, const Item
   if (choice.has(4)) change.availability = choice.operation / 4 % 4;
   if (choice.has(5)) change.start = 1'749'988'800, change.end = 1'749'992'400;
   if (choice.has(6)) change.isAllDay = choice.has(7);
-  const ItemName name{std::string(event.uid), chooseOccurrence(event, choice)};
+  const ItemName name{std::string(event.uid()), chooseOccurrence(event, choice)};
 
   const Edit edit = changeEvent(text, fileName, name, change, now);
   check(edit.outcome != Edit::Outcome::empty, "a change leaves something");
@@ -211,10 +211,10 @@ void changeAnEvent(std::string_view text, const CalendarText& before, const Item
   checkOthersStay(before, after, event);
   check(!before.isWhole || after.isWhole, "a whole file stays whole");
   checkSomeReads(after, event, [&](const Item& item) {
-    return (!change.title || item.title == *change.title) &&
-           (!change.notes || item.notes == *change.notes) &&
-           (!change.location || item.location == *change.location) &&
-           (!change.url || item.url == **change.url) &&
+    return (!change.title || item.title() == *change.title) &&
+           (!change.notes || item.notes() == *change.notes) &&
+           (!change.location || item.location() == *change.location) &&
+           (!change.url || item.url() == **change.url) &&
            (!change.availability || item.availability == *change.availability) &&
            (!change.isAllDay || item.start->isDate == *change.isAllDay);
   });
@@ -227,7 +227,7 @@ void changeAnEvent(std::string_view text, const CalendarText& before, const Item
 
 void removeAnEvent(std::string_view text, const CalendarText& before, const Item& event,
                    const Choice& choice) {
-  const ItemName name{std::string(event.uid),
+  const ItemName name{std::string(event.uid()),
                       choice.has(7) ? std::nullopt : chooseOccurrence(event, choice)};
   const Edit edit = removeEvent(text, fileName, name, now);
   if (edit.outcome == Edit::Outcome::missing) return;
@@ -248,7 +248,7 @@ void changeATodo(std::string_view text, const CalendarText& before, const Item& 
   if (choice.has(1)) change.notes.emplace(choice.text(1));
   if (choice.has(2)) change.due = DateComponents{2025, 6, 15, {}, {}, {}, {}};
   if (choice.has(3)) change.completed = choice.has(4);
-  const ItemName name{std::string(todo.uid),
+  const ItemName name{std::string(todo.uid()),
                       choice.has(5) ? chooseOccurrence(todo, choice) : std::nullopt};
 
   const TodoEdit edit = changeTodo(text, fileName, name, change, now);
@@ -258,19 +258,19 @@ void changeATodo(std::string_view text, const CalendarText& before, const Item& 
   checkLinesStay(text, edit.text, ItemKind::todo);
   checkOthersStay(before, after, todo);
   checkSomeReads(after, todo, [&](const Item& item) {
-    return (!change.title || item.title == *change.title) &&
-           (!change.notes || item.notes == **change.notes);
+    return (!change.title || item.title() == *change.title) &&
+           (!change.notes || item.notes() == **change.notes);
   });
   if (edit.successor) {
     const CalendarText successor = readCalendar(edit.successor->text, fileName);
     check(successor.isWhole, "a successor is a whole file", edit.successor->text);
-    check(successor.items.size() == 1 && successor.items[0]->uid == edit.successor->uid,
+    check(successor.items.size() == 1 && successor.items[0]->uid() == edit.successor->uid,
           "a successor is one to-do of its own", edit.successor->text);
   }
 }
 
 void removeATodo(std::string_view text, const CalendarText& before, const Item& todo) {
-  const Edit edit = removeTodo(text, fileName, {std::string(todo.uid), {}}, now);
+  const Edit edit = removeTodo(text, fileName, {std::string(todo.uid()), {}}, now);
   if (edit.outcome == Edit::Outcome::missing) return;
   const CalendarText after = readCalendar(edit.text, fileName);
   checkOthersStay(before, after, todo);
@@ -279,16 +279,16 @@ void removeATodo(std::string_view text, const CalendarText& before, const Item& 
 
 // A move: what is taken out and what is left are the file.
 void takeOut(std::string_view text, const CalendarText& before, const Item& item) {
-  const CalendarText taken = readCalendar(extractItem(text, fileName, item.uid), fileName);
-  const CalendarText left = readCalendar(withoutItem(text, fileName, item.uid).text, fileName);
+  const CalendarText taken = readCalendar(extractItem(text, fileName, item.uid()), fileName);
+  const CalendarText left = readCalendar(withoutItem(text, fileName, item.uid()).text, fileName);
   std::size_t places = 0;
   for (const auto& one : before.items) {
-    if (one->uid != item.uid) continue;
+    if (one->uid() != item.uid()) continue;
     check(places < taken.items.size() && isSameItem(*one, *taken.items[places]),
-          "an item that moves reads as before", item.uid);
+          "an item that moves reads as before", item.uid());
     ++places;
   }
-  for (const auto& one : left.items) check(one->uid != item.uid, "an item that moved is gone");
+  for (const auto& one : left.items) check(one->uid() != item.uid(), "an item that moved is gone");
 }
 
 }  // namespace

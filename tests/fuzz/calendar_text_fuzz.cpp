@@ -21,12 +21,12 @@ void checkOccurrences(const Item& item) {
   int count = 0;
   forEachOccurrence(item, from, to, [&](const Occurrence& occurrence) {
     const UtcSeconds start = occurrence.start.toUtc();
-    check(from <= start && start < to, "an occurrence lies in the range", item.uid);
-    check(!previous || *previous < start, "occurrences come in order, each once", item.uid);
+    check(from <= start && start < to, "an occurrence lies in the range", item.uid());
+    check(!previous || *previous < start, "occurrences come in order, each once", item.uid());
     previous = start;
     if (item.kind == ItemKind::event) {
       const Span span = spanOfOccurrence(item, occurrence.start, occurrence.period);
-      check(span.start <= span.end, "an occurrence does not end before it starts", item.uid);
+      check(span.start <= span.end, "an occurrence does not end before it starts", item.uid());
     }
     return ++count < enough;
   });
@@ -43,10 +43,10 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const CalendarText calendar = readCalendar(asText(data, size), "file.ics");
   for (const auto& item : calendar.items) {
     check(item->kind == ItemKind::todo || item->start.has_value(), "an event has a start");
-    if (anchorOf(*item) == nullptr) continue;
+    if (!anchorOf(*item)) continue;
     if (item->kind == ItemKind::event) {
       const Span span = spanOf(*item);
-      check(span.start <= span.end, "an event does not end before it starts", item->uid);
+      check(span.start <= span.end, "an event does not end before it starts", item->uid());
     }
     checkOccurrences(*item);
   }

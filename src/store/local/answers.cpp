@@ -16,7 +16,7 @@ class Identifiers {
   explicit Identifiers(std::size_t size) : text_(new char[size]), end_(text_.get()) {}
 
   static std::size_t sizeOf(const LocalCalendar& calendar, const Item& item) {
-    return calendar.calendarIdentifier.size() + 1 + item.uid.size();
+    return calendar.calendarIdentifier.size() + 1 + item.uid().size();
   }
 
   // There must be room left for it.
@@ -24,7 +24,7 @@ class Identifiers {
     const char* begin = end_;
     append(calendar.calendarIdentifier);
     *end_++ = ':';
-    append(item.uid);
+    append(item.uid());
     return {begin, static_cast<std::size_t>(end_ - begin)};
   }
 

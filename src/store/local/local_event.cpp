@@ -30,7 +30,7 @@ std::optional<std::string_view> LocalEvent::eventIdentifier() const {
 
 std::optional<std::string_view> LocalEvent::title() const {
   return textOf(edits_ ? &edits_->change.title : nullptr,
-                isNew() ? std::string_view() : placed_.item->title);
+                isNew() ? std::string_view() : placed_.item->title());
 }
 
 const Calendar* LocalEvent::calendar() const {
@@ -72,26 +72,26 @@ std::optional<Instant> LocalEvent::lastModifiedDate() const {
 
 std::optional<std::string_view> LocalEvent::notes() const {
   return textOf(edits_ ? &edits_->change.notes : nullptr,
-                isNew() ? std::string_view() : placed_.item->notes);
+                isNew() ? std::string_view() : placed_.item->notes());
 }
 
 std::optional<std::string_view> LocalEvent::url() const {
   if (edits_ && edits_->change.url) return *edits_->change.url;
-  return textOf(nullptr, isNew() ? std::string_view() : placed_.item->url);
+  return textOf(nullptr, isNew() ? std::string_view() : placed_.item->url());
 }
 
 std::optional<std::string_view> LocalEvent::location() const {
   return textOf(edits_ ? &edits_->change.location : nullptr,
-                isNew() ? std::string_view() : placed_.item->location);
+                isNew() ? std::string_view() : placed_.item->location());
 }
 
 std::optional<std::span<const Participant>> LocalEvent::attendees() const {
-  if (isNew() || !placed_.item->hasAttendees) return std::nullopt;
+  if (isNew() || placed_.item->attendeeCount() == 0) return std::nullopt;
   if (attendees_.empty()) {
-    attendees_.reserve(placed_.item->attendees.size());
-    for (const Attendee& attendee : placed_.item->attendees) {
+    attendees_.reserve(placed_.item->attendeeCount());
+    placed_.item->forEachAttendee([this](const Attendee& attendee) {
       attendees_.push_back({attendee.name, attendee.address});
-    }
+    });
   }
   return attendees_;
 }

@@ -36,7 +36,7 @@ std::string_view LocalReminder::calendarItemIdentifier() const {
 
 std::optional<std::string_view> LocalReminder::title() const {
   if (edits_ && edits_->change.title) return *edits_->change.title;
-  return isNew() ? std::nullopt : presentText(placed_.item->title);
+  return isNew() ? std::nullopt : presentText(placed_.item->title());
 }
 
 const Calendar* LocalReminder::calendar() const {
@@ -59,7 +59,7 @@ std::optional<DateComponents> LocalReminder::dueDateComponents() const {
 
 std::optional<std::string_view> LocalReminder::notes() const {
   if (edits_ && edits_->change.notes) return *edits_->change.notes;
-  return isNew() ? std::nullopt : presentText(placed_.item->notes);
+  return isNew() ? std::nullopt : presentText(placed_.item->notes());
 }
 
 void LocalReminder::become(std::shared_ptr<const LocalReminder> saved) {

@@ -298,7 +298,7 @@ class LocalStore final : public Store {
     if (!home->allowsContentModifications || !target->allowsContentModifications) {
       return refusal(readOnly);
     }
-    const ItemName name{std::string(object.placed().item->uid), occurrence};
+    const ItemName name{std::string(object.placed().item->uid()), occurrence};
     const std::optional<ItemPlace> place = placeOf(kind, *home, name.uid);
     if (!place) return refusal(isGone);
     std::string identifier = identifierIn(*target, name.uid);
@@ -314,7 +314,7 @@ class LocalStore final : public Store {
     const LocalCalendarRef home = object.isNew() ? nullptr : currentCalendar(*object.fetchedFrom());
     if (!home) return StoreResult::failure(isGone);
     if (!home->allowsContentModifications) return StoreResult::failure(readOnly);
-    const ItemName name{std::string(object.placed().item->uid), occurrence};
+    const ItemName name{std::string(object.placed().item->uid()), occurrence};
     const std::optional<ItemPlace> place = placeOf(kind, *home, name.uid);
     if (!place) return StoreResult::failure(isGone);
     return removeItem(kind, *place, name);

@@ -42,18 +42,18 @@ std::vector<UtcSeconds> startsOf(const Item& item, std::size_t limit) {
 
 Fields fieldsOf(const Item& item) {
   Fields fields;
-  fields["uid"] = item.uid;
-  fields["title"] = showText(item.title);
-  fields["notes"] = showText(item.notes);
-  fields["location"] = showText(item.location);
-  fields["url"] = showText(item.url);
+  fields["uid"] = item.uid();
+  fields["title"] = showText(item.title());
+  fields["notes"] = showText(item.notes());
+  fields["location"] = showText(item.location());
+  fields["url"] = showText(item.url());
   fields["availability"] = std::to_string(item.availability);
   fields["recurrence id"] = showMoment(item.recurrenceId);
   fields["sequence"] = std::to_string(item.sequence);
   fields["last modified"] = showInstant(item.lastModified);
-  for (const Attendee& attendee : item.attendees) {
+  item.forEachAttendee([&](const Attendee& attendee) {
     fields["attendees"] += std::string(attendee.address) + " ";
-  }
+  });
   if (item.todo) {
     fields["start"] = showMoment(item.start);
     fields["due"] = showMoment(item.todo->due);

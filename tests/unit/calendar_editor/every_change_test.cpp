@@ -42,7 +42,7 @@ std::size_t changedItems(const SampleFile& file) {
 // items are left to their own tests.
 bool isAlone(const CalendarText& calendar, const Item& item) {
   return 1 == std::count_if(calendar.items.begin(), calendar.items.end(), [&](const auto& other) {
-           return other->uid == item.uid && other->kind == item.kind &&
+           return other->uid() == item.uid() && other->kind == item.kind &&
                   other->recurrenceId.has_value() == item.recurrenceId.has_value() &&
                   (!item.recurrenceId ||
                    other->recurrenceId->toUtc() == item.recurrenceId->toUtc());
@@ -161,7 +161,7 @@ void expectOthersUnchanged(const SampleFile& before, const CalendarText& after, 
 
 void changeInPlace(const SampleFile& file, std::size_t index, const Case& one) {
   const Item& item = *file.calendar.items[index];
-  ItemName name{std::string(item.uid), {}};
+  ItemName name{std::string(item.uid()), {}};
   if (item.recurrenceId) name.occurrence = item.recurrenceId->toUtc();
   const Edit edit = changeEvent(file.text, fileName, name, one.change, now);
   ASSERT_EQ(edit.outcome, Edit::Outcome::changed);
@@ -191,7 +191,7 @@ void changeOccurrence(const SampleFile& file, std::size_t index, const Occurrenc
   const Item& series = *file.calendar.items[index];
   const UtcSeconds start = occurrence.start.toUtc();
   const Edit edit =
-      changeEvent(file.text, fileName, {std::string(series.uid), start}, one.change, now);
+      changeEvent(file.text, fileName, {std::string(series.uid()), start}, one.change, now);
   ASSERT_EQ(edit.outcome, Edit::Outcome::changed);
 
   Fields expected = fieldsOf(series);
@@ -246,7 +246,7 @@ std::vector<Occurrence> occurrencesOf(const Item& series) {
 
 bool hasOverride(const CalendarText& calendar, const Item& series, UtcSeconds occurrence) {
   return std::any_of(calendar.items.begin(), calendar.items.end(), [&](const auto& item) {
-    return item->uid == series.uid && item->recurrenceId &&
+    return item->uid() == series.uid() && item->recurrenceId &&
            item->recurrenceId->toUtc() == occurrence;
   });
 }
@@ -295,8 +295,8 @@ TEST_F(EveryChange, OfNothingLeavesTheBytes) {
     for (std::size_t index = 0; index < changedItems(file); ++index) {
       const auto& item = file.calendar.items[index];
       if (!isAlone(file.calendar, *item)) continue;
-      SCOPED_TRACE(file.path + ", " + std::string(item->uid));
-      ItemName name{std::string(item->uid), {}};
+      SCOPED_TRACE(file.path + ", " + std::string(item->uid()));
+      ItemName name{std::string(item->uid()), {}};
       if (item->recurrenceId) name.occurrence = item->recurrenceId->toUtc();
       const Edit edit = item->todo ? changeTodo(file.text, fileName, name, {}, now)
                                    : changeEvent(file.text, fileName, name, {}, now);
@@ -315,7 +315,7 @@ TEST_F(EveryChange, RemovesOneOccurrence) {
       for (const UtcSeconds start : startsOf(item, occurrencesChanged)) {
         SCOPED_TRACE(file.path + ", item " + std::to_string(index) + ", occurrence " +
                      std::to_string(start));
-        const ItemName name{std::string(item.uid), start};
+        const ItemName name{std::string(item.uid()), start};
         const Edit edit = item.todo ? removeTodo(file.text, fileName, name, now)
                                     : removeEvent(file.text, fileName, name, now);
         const std::vector<UtcSeconds> before = startsOf(item, 50);
@@ -324,7 +324,7 @@ TEST_F(EveryChange, RemovesOneOccurrence) {
         const CalendarText after = readCalendar(edit.text, fileName);
         const auto found =
             std::find_if(after.items.begin(), after.items.end(), [&](const auto& one) {
-              return one->uid == item.uid && one->kind == item.kind && !one->recurrenceId;
+              return one->uid() == item.uid() && one->kind == item.kind && !one->recurrenceId;
             });
         ASSERT_NE(found, after.items.end());
         std::vector<UtcSeconds> expected = before;
@@ -354,14 +354,15 @@ TEST_F(EveryChange, RemovesAnItemAndNothingElse) {
   for (const SampleFile& file : *files) {
     for (std::size_t index = 0; index < changedItems(file); ++index) {
       const auto& item = file.calendar.items[index];
-      SCOPED_TRACE(file.path + ", " + std::string(item->uid));
-      const ItemName name{std::string(item->uid), {}};
+      SCOPED_TRACE(file.path + ", " + std::string(item->uid()));
+      const ItemName name{std::string(item->uid()), {}};
       const Edit edit = item->todo ? removeTodo(file.text, fileName, name, now)
                                    : removeEvent(file.text, fileName, name, now);
       std::vector<Fields> others;
       for (std::size_t at = 0; at < file.fields.size(); ++at) {
         const Item& other = *file.calendar.items[at];
-        if (other.uid != item->uid || other.kind != item->kind) others.push_back(file.fields[at]);
+        if (other.uid() != item->uid() || other.kind != item->kind)
+          others.push_back(file.fields[at]);
       }
       if (edit.outcome == Edit::Outcome::empty) {
         EXPECT_TRUE(others.empty());
@@ -381,11 +382,11 @@ TEST_F(EveryChange, MovesAnItemAsItIs) {
   for (const SampleFile& file : *files) {
     for (std::size_t index = 0; index < changedItems(file); ++index) {
       const auto& item = file.calendar.items[index];
-      SCOPED_TRACE(file.path + ", " + std::string(item->uid));
-      const std::string moved = extractItem(file.text, fileName, item->uid);
+      SCOPED_TRACE(file.path + ", " + std::string(item->uid()));
+      const std::string moved = extractItem(file.text, fileName, item->uid());
       std::vector<Fields> expected;
       for (std::size_t at = 0; at < file.fields.size(); ++at) {
-        if (file.calendar.items[at]->uid == item->uid) expected.push_back(file.fields[at]);
+        if (file.calendar.items[at]->uid() == item->uid()) expected.push_back(file.fields[at]);
       }
       std::vector<Fields> found;
       for (const auto& one : readCalendar(moved, fileName).items) found.push_back(fieldsOf(*one));
@@ -401,7 +402,7 @@ TEST_F(EveryChange, OfATodo) {
       const Item& item = *file.calendar.items[index];
       if (!item.todo || item.series || !isAlone(file.calendar, item)) continue;
       SCOPED_TRACE(file.path + ", item " + std::to_string(index));
-      ItemName name{std::string(item.uid), {}};
+      ItemName name{std::string(item.uid()), {}};
       if (item.recurrenceId) name.occurrence = item.recurrenceId->toUtc();
       const auto expectChange = [&](const TodoChange& change, const Names& lines,
                                     const Fields& found) {
@@ -456,7 +457,7 @@ TEST_F(EveryChange, HandsARepeatingTodoOn) {
       TodoChange complete;
       complete.completed = true;
       const TodoEdit edit =
-          changeTodo(file.text, fileName, {std::string(item.uid), {}}, complete, now);
+          changeTodo(file.text, fileName, {std::string(item.uid()), {}}, complete, now);
       ASSERT_EQ(edit.outcome, Edit::Outcome::changed);
       std::vector<UtcSeconds> expected = startsOf(item, 20);
       if (!expected.empty() && expected.front() == anchorOf(item)->toUtc())

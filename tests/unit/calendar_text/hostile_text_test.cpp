@@ -31,7 +31,7 @@ TEST(HostileText, MayNestDeeply) {
   text += "SUMMARY:out again\nEND:VEVENT\nEND:VCALENDAR\n";
   const CalendarText calendar = readInTime(text);
   ASSERT_EQ(calendar.items.size(), 1u);
-  EXPECT_EQ(calendar.items[0]->title, "out again");
+  EXPECT_EQ(calendar.items[0]->title(), "out again");
 }
 
 TEST(HostileText, MayOpenEventsWithoutEnd) {
@@ -55,7 +55,7 @@ TEST(HostileText, MayFoldEveryByte) {
   folded += "\r\nEND:VEVENT\n";
   const CalendarText calendar = readInTime(folded);
   ASSERT_EQ(calendar.items.size(), 1u);
-  EXPECT_EQ(calendar.items[0]->title.size(), 1'000'000u);
+  EXPECT_EQ(calendar.items[0]->title().size(), 1'000'000u);
 }
 
 TEST(HostileText, MayHaveHugeLines) {
@@ -112,10 +112,10 @@ std::size_t touch(const CalendarText& calendar) {
   std::size_t sum = 0;
   for (const auto& item : calendar.items) {
     for (const std::string_view view :
-         {item->uid, item->title, item->notes, item->location, item->url}) {
+         {item->uid(), item->title(), item->notes(), item->location(), item->url()}) {
       for (const char byte : view) sum += static_cast<unsigned char>(byte);
     }
-    for (const Attendee& attendee : item->attendees) sum += attendee.address.size();
+    item->forEachAttendee([&](const Attendee& attendee) { sum += attendee.address.size(); });
     if (!item->start) continue;
     int left = 50;
     forEachOccurrence(*item, 0, 4'000'000'000, [&](const Occurrence& occurrence) {

@@ -36,6 +36,12 @@ std::string todoOf(std::initializer_list<std::string_view> lines) {
   return calendarOf("VTODO", lines);
 }
 
+std::vector<Attendee> attendeesOf(const Item& item) {
+  std::vector<Attendee> attendees;
+  item.forEachAttendee([&](const Attendee& attendee) { attendees.push_back(attendee); });
+  return attendees;
+}
+
 std::unique_ptr<Item> onlyItemOf(const std::string& text) {
   CalendarText calendar = readCalendar(text, "file.ics");
   return calendar.items.size() == 1 ? std::move(calendar.items.front()) : nullptr;

@@ -18,6 +18,8 @@ std::string linesOf(std::initializer_list<std::string_view> lines);
 std::string eventOf(std::initializer_list<std::string_view> lines);
 std::string todoOf(std::initializer_list<std::string_view> lines);
 
+std::vector<Attendee> attendeesOf(const Item& item);
+
 // The only item of the text; null when there is none or more than one.
 std::unique_ptr<Item> onlyItemOf(const std::string& text);
 

@@ -35,7 +35,7 @@ class OccurrenceBlocksTest : public testing::Test {
   static Found find(ItemIndex& index, Instant from, Instant to) {
     Found found;
     for (const PlacedEvent& event : index.events.find(from, to, {true})) {
-      found.emplace_back(event.item->uid, event.start, event.occurrence);
+      found.emplace_back(event.item->uid(), event.start, event.occurrence);
     }
     return found;
   }

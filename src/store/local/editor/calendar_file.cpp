@@ -92,7 +92,7 @@ ItemFamily CalendarFile::family(ItemKind kind, std::string_view uid) const {
   ItemFamily family;
   for (std::size_t at = 0; at < calendar_.items.size(); ++at) {
     const Item& item = *calendar_.items[at];
-    if (item.kind != kind || item.uid != uid) continue;
+    if (item.kind != kind || item.uid() != uid) continue;
     const auto component = componentAt.find(calendar_.begins[at]);
     if (component == componentAt.end()) continue;
     if (!isSameItem(tree_, component->second, item)) continue;

@@ -88,16 +88,16 @@ void setAvailability(ComponentEditor& editor, const Item& item, std::int64_t num
 void setUrl(ComponentEditor& editor, const Item& item, const std::optional<std::string>& url) {
   if (!url) {
     editor.removeAll("URL");
-  } else if (!item.url.data() || item.url != *url) {
+  } else if (!item.url().data() || item.url() != *url) {
     editor.setValue("URL", plainValue(*url));
   }
 }
 
 // All but the times.
 void applyFields(ComponentEditor& editor, const Item& item, const EventChange& change) {
-  setText(editor, "SUMMARY", item.title, change.title);
-  setText(editor, "DESCRIPTION", item.notes, change.notes);
-  setText(editor, "LOCATION", item.location, change.location);
+  setText(editor, "SUMMARY", item.title(), change.title);
+  setText(editor, "DESCRIPTION", item.notes(), change.notes);
+  setText(editor, "LOCATION", item.location(), change.location);
   if (change.url) setUrl(editor, item, *change.url);
   if (change.availability) setAvailability(editor, item, *change.availability);
 }

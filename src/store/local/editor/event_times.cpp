@@ -14,10 +14,10 @@ WallSeconds midnightOf(UtcSeconds instant) {
 bool endsThen(const Item& item, const Moment& start, const EventTimes& times) {
   if (item.end && item.end->isDate != times.isAllDay) return false;
   if (item.duration && times.isAllDay && item.duration->seconds != 0) return false;
-  Item probe;
+  ItemProperties probe;
   probe.start = start;
   probe.end = item.end;
-  probe.duration = item.duration;
+  if (item.duration) probe.duration = std::make_unique<const Duration>(*item.duration);
   return spanOf(probe).end == times.end;
 }
 

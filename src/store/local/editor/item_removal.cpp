@@ -21,7 +21,7 @@ Edit removeComponents(const CalendarFile& file, const std::vector<std::size_t>& 
 // The family's components that are no overrides.
 std::vector<std::size_t> mastersOf(const CalendarFile& file, const ItemFamily& family) {
   const Item& master = *family.master->item;
-  std::vector<std::size_t> masters = file.componentsOf(master.uid, master.kind);
+  std::vector<std::size_t> masters = file.componentsOf(master.uid(), master.kind);
   std::set<std::size_t> overrides;
   for (const Entry& entry : family.overrides) overrides.insert(entry.component);
   std::erase_if(masters, [&](std::size_t component) { return overrides.contains(component); });
@@ -69,7 +69,7 @@ Edit removeOccurrence(const CalendarFile& file, const ItemFamily& family, UtcSec
     isAnyLeft = isAnyLeft || other;
   } else if (family.master) {
     // It is its own only occurrence; masters that did not count go with it.
-    const Moment* const anchor = anchorOf(*family.master->item);
+    const OptionalMoment anchor = anchorOf(*family.master->item);
     const bool isItself = overridesGone == 0 && anchor && anchor->toUtc() == occurrence;
     if (isItself) return removeComponents(file, mastersOf(file, family));
     isAnyLeft = true;
@@ -77,7 +77,7 @@ Edit removeOccurrence(const CalendarFile& file, const ItemFamily& family, UtcSec
   if (!found && overridesGone == 0) return {};
   if (isAnyLeft) return edit.finish();
   const Item& any = family.master ? *family.master->item : *family.overrides.front().item;
-  return removeComponents(file, file.componentsOf(any.uid, any.kind));
+  return removeComponents(file, file.componentsOf(any.uid(), any.kind));
 }
 
 Edit removeItem(ItemKind kind, std::string_view text, std::string_view fileName,

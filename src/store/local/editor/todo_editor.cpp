@@ -39,7 +39,7 @@ std::optional<Target> targetOf(const ItemFamily& family, std::optional<UtcSecond
   if (!occurrence || !shown) return shown;
   if (shown->occurrence && shown->occurrence->toUtc() == *occurrence) return shown;
   if (const auto override = family.overrideOf(*occurrence)) return Target{*override, {}};
-  const Moment* const anchor = family.master ? anchorOf(*family.master->item) : nullptr;
+  const OptionalMoment anchor = family.master ? anchorOf(*family.master->item) : OptionalMoment();
   if (anchor && !family.isSeries() && anchor->toUtc() == *occurrence) return shown;
   const auto found = family.occurrenceAt(*occurrence);
   return found ? std::optional(Target{*family.master, found->start}) : std::nullopt;
@@ -47,9 +47,9 @@ std::optional<Target> targetOf(const ItemFamily& family, std::optional<UtcSecond
 
 // All but the completion. Returns the TZID that a time got anew, else nothing.
 std::string applyFields(ComponentEditor& editor, const Item& item, const TodoChange& change) {
-  setText(editor, "SUMMARY", item.title, change.title);
+  setText(editor, "SUMMARY", item.title(), change.title);
   if (change.notes && *change.notes) {
-    setText(editor, "DESCRIPTION", item.notes, *change.notes);
+    setText(editor, "DESCRIPTION", item.notes(), *change.notes);
   } else if (change.notes) {
     editor.removeAll("DESCRIPTION");
   }

@@ -35,7 +35,7 @@ std::string uuidOfName(std::string_view name) {
 }
 
 std::string successorUid(const Item& master, const Moment& current) {
-  return uuidOfName(std::string(master.uid) + "\n" + utcText(current.toUtc()));
+  return uuidOfName(std::string(master.uid()) + "\n" + utcText(current.toUtc()));
 }
 
 // Where the digits of a rule's COUNT stand in its value.
@@ -72,7 +72,7 @@ RulePast pastOf(const CalendarFile& file, const Entry& master, const ContentLine
   removeRecurrence(alone);
   alone.replace(rule, "RRULE", rule.parameters, rule.value);
   const std::string text = fileOf(file.tree(), {master.component}, {alone.text()});
-  const CalendarText calendar = readCalendar(text, master.item->uid);
+  const CalendarText calendar = readCalendar(text, master.item->uid());
   RulePast past;
   if (calendar.items.empty()) return past;
   forEachOccurrence(*calendar.items.front(), firstInstant, next + 1, [&](const Occurrence& one) {
@@ -189,7 +189,7 @@ std::optional<Moment> openOccurrence(const ItemFamily& family, UtcSeconds from) 
 
 void startSeriesAt(ComponentEditor& editor, const CalendarFile& file, const Entry& master,
                    const Moment& occurrence) {
-  const Moment& anchor = *anchorOf(*master.item);
+  const Moment anchor = *anchorOf(*master.item);
   reduceCounts(editor, file, master, occurrence.toUtc());
   removePastDates(editor, anchorForm(editor, *master.item), occurrence.toUtc());
   moveTimes(editor, *master.item, occurrence);

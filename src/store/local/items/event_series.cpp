@@ -18,15 +18,16 @@ std::int64_t shiftOf(const Item& override) {
 // What changes of offset can add to a length that is said in days.
 constexpr std::int64_t longestShiftOfOffset = secondsPerDay;
 
-bool saysDays(const std::optional<Duration>& duration) {
-  return duration && duration->days != 0;
+bool saysDays(const Duration* duration) {
+  return duration != nullptr && duration->days != 0;
 }
 
 bool isNominal(const Item& master) {
   const auto& dates = master.series->dates;
-  return master.start->isDate || saysDays(master.duration) ||
-         std::any_of(dates.begin(), dates.end(),
-                     [](const RecurrenceDate& date) { return saysDays(date.duration); });
+  return master.start->isDate || saysDays(master.duration.get()) ||
+         std::any_of(dates.begin(), dates.end(), [](const RecurrenceDate& date) {
+           return saysDays(date.duration ? &*date.duration : nullptr);
+         });
 }
 
 std::int64_t longestOccurrence(const Item& master) {

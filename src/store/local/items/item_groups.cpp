@@ -13,7 +13,7 @@ UtcSeconds placeInGroup(const Item& item) {
 }
 
 bool isSamePlace(const Item& a, const Item& b) {
-  return a.kind == b.kind && a.uid == b.uid && placeInGroup(a) == placeInGroup(b);
+  return a.kind == b.kind && a.uid() == b.uid() && placeInGroup(a) == placeInGroup(b);
 }
 
 auto newness(const Item& item) {
@@ -22,7 +22,7 @@ auto newness(const Item& item) {
 }
 
 bool comesBefore(const std::unique_ptr<Item>& a, const std::unique_ptr<Item>& b) {
-  if (const int order = a->uid.compare(b->uid); order != 0) return order < 0;
+  if (const int order = a->uid().compare(b->uid()); order != 0) return order < 0;
   if (a->kind != b->kind) return a->kind < b->kind;
   const UtcSeconds placeOfA = placeInGroup(*a);
   const UtcSeconds placeOfB = placeInGroup(*b);
@@ -43,7 +43,7 @@ void orderItems(ItemList& items) {
 ItemSpan ItemGroup::items() const {
   const ItemSpan all(file_->items);
   std::size_t end = first_ + 1;
-  while (end < all.size() && all[end]->kind == kind() && all[end]->uid == uid()) ++end;
+  while (end < all.size() && all[end]->kind == kind() && all[end]->uid() == uid()) ++end;
   return all.subspan(first_, end - first_);
 }
 

@@ -40,7 +40,7 @@ class ItemGroup {
       : file_(&file), first_(static_cast<std::uint32_t>(first)) {}
 
   const FileRecord& file() const { return *file_; }
-  std::string_view uid() const { return first().uid; }
+  std::string_view uid() const { return first().uid(); }
   ItemKind kind() const { return first().kind; }
   ItemSpan items() const;
   // Null when all are overrides.

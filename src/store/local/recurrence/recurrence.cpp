@@ -130,7 +130,7 @@ class Occurrences {
 void forEachOccurrence(const Item& master, UtcSeconds from, UtcSeconds to,
                        const std::function<bool(const Occurrence&)>& visit) {
   if (!master.series) {
-    const Moment& start = *anchorOf(master);
+    const Moment start = *anchorOf(master);
     if (from <= start.toUtc() && start.toUtc() < to) visit({start, nullptr});
     return;
   }

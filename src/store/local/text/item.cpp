@@ -1,6 +1,7 @@
 #include "store/local/text/item.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "store/local/recurrence/recurrence_rule.h"
 #include "store/local/text/civil.h"
@@ -35,8 +36,7 @@ Span withoutNegativeLength(Span span) {
 }
 
 // The span of what starts at `start` and has an end or a length of its own, or neither.
-Span spanFrom(const Moment& start, const std::optional<Moment>& end,
-              const std::optional<Duration>& duration) {
+Span spanFrom(const Moment& start, const OptionalMoment& end, const Duration* duration) {
   if (start.isDate) {
     if (end && daysUntil(start, *end) >= 0) return spanOfDays(start, daysUntil(start, *end));
     return spanOfDays(start, duration ? daysOf(*duration) : 1);
@@ -51,28 +51,61 @@ Span spanFrom(const Moment& start, const std::optional<Moment>& end,
 Series::Series() = default;
 Series::~Series() = default;
 
-const Moment* anchorOf(const Item& item) {
-  if (item.start) return &*item.start;
-  return item.todo && item.todo->due ? &*item.todo->due : nullptr;
+std::unique_ptr<Item> Item::make(ItemProperties properties, const ItemTexts& texts) {
+  std::size_t size = texts.uid.size() + texts.title.size() + texts.notes.size() +
+                     texts.location.size() + texts.url.size();
+  for (const Attendee& attendee : texts.attendees) {
+    size += attendee.address.size() + 2;
+    if (attendee.name) size += attendee.name->size() + 1;
+  }
+  return std::unique_ptr<Item>(new (size) Item(std::move(properties), texts));
 }
 
-Span spanOf(const Item& event) {
-  return spanFrom(*event.start, event.end, event.duration);
+Item::Item(ItemProperties properties, const ItemTexts& texts)
+    : ItemProperties(std::move(properties)),
+      attendeeCount_(static_cast<std::uint32_t>(texts.attendees.size())) {
+  char* const begin = reinterpret_cast<char*>(this + 1);
+  char* next = begin;
+  const auto append = [&next](std::string_view text) {
+    next = std::copy(text.begin(), text.end(), next);
+  };
+  const std::string_view all[] = {texts.uid, texts.title, texts.notes, texts.location, texts.url};
+  for (std::size_t index = 0; index < ends_.size(); ++index) {
+    append(all[index]);
+    ends_[index] = static_cast<std::uint32_t>(next - begin);
+    if (all[index].data()) present_ |= static_cast<std::uint8_t>(1u << index);
+  }
+  for (const Attendee& attendee : texts.attendees) {
+    append(attendee.address);
+    *next++ = '\0';
+    *next++ = attendee.name ? named : unnamed;
+    if (!attendee.name) continue;
+    append(*attendee.name);
+    *next++ = '\0';
+  }
+}
+
+OptionalMoment anchorOf(const ItemProperties& item) {
+  return item.start || !item.todo ? item.start : item.todo->due;
+}
+
+Span spanOf(const ItemProperties& event) {
+  return spanFrom(*event.start, event.end, event.duration.get());
 }
 
 Span spanOfOccurrence(const Item& master, const Moment& start, const RecurrenceDate* period) {
   if (period && (period->end || period->duration)) {
-    return spanFrom(start, period->end, period->duration);
+    return spanFrom(start, period->end, period->duration ? &*period->duration : nullptr);
   }
-  if (!master.end) return spanFrom(start, std::nullopt, master.duration);
+  if (!master.end) return spanFrom(start, {}, master.duration.get());
   if (start.isDate) {
     const std::int64_t days = daysUntil(*master.start, *master.end);
     if (days >= 0) return spanOfDays(start, days);
-    return spanFrom(start, std::nullopt, master.duration);
+    return spanFrom(start, {}, master.duration.get());
   }
   const UtcSeconds masterStart = master.start->toUtc();
   const UtcSeconds masterEnd = master.end->toUtc();
-  if (masterEnd < masterStart) return spanFrom(start, std::nullopt, master.duration);
+  if (masterEnd < masterStart) return spanFrom(start, {}, master.duration.get());
   const UtcSeconds begin = start.toUtc();
   return {begin, begin + (masterEnd - masterStart)};
 }

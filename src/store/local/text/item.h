@@ -1,10 +1,13 @@
 // One VEVENT or VTODO as the index keeps it in memory: what the queries and the records need, in
-// few bytes.
+// few bytes. A store has a hundred thousand of them.
 //
 // Items are built by the reader, are immutable afterwards and may then be read by any thread.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -26,6 +29,34 @@ struct Moment {
   UtcSeconds toUtc() const { return zone->toUtc(wall); }
 };
 
+// A std::optional<Moment> of half the size, to be kept: the flags share a word with the reading,
+// and what is present has a zone. Gives copies.
+class OptionalMoment {
+ public:
+  OptionalMoment() = default;
+  OptionalMoment(const Moment& moment)
+      : reading_(moment.wall * 4 + moment.isDate * 2 + moment.isFloating), zone_(moment.zone) {}
+  OptionalMoment(const std::optional<Moment>& moment) : OptionalMoment(moment.value_or(Moment())) {}
+
+  bool has_value() const { return zone_ != nullptr; }
+  explicit operator bool() const { return has_value(); }
+  Moment operator*() const {
+    return {reading_ >> 2, zone_, (reading_ & 2) != 0, (reading_ & 1) != 0};
+  }
+  struct Arrow {
+    Moment moment;
+    const Moment* operator->() const { return &moment; }
+  };
+  Arrow operator->() const { return {**this}; }
+  operator std::optional<Moment>() const {
+    return has_value() ? std::optional(**this) : std::nullopt;
+  }
+
+ private:
+  std::int64_t reading_ = 0;
+  const Zone* zone_ = nullptr;
+};
+
 // RFC 5545, 3.3.6: days are days of the calendar, seconds are exact.
 struct Duration {
   std::int64_t days = 0;
@@ -37,7 +68,7 @@ struct RecurrenceRule;  // recurrence.h
 // An RDATE: a start, and the end or length of its own that a PERIOD gives.
 struct RecurrenceDate {
   Moment start;
-  std::optional<Moment> end;
+  OptionalMoment end;
   std::optional<Duration> duration;
 };
 
@@ -61,40 +92,102 @@ enum class ItemKind : std::uint8_t { event, todo };
 enum class TodoStatus : std::uint8_t { none, needsAction, inProcess, completed, cancelled };
 
 struct Todo {
-  std::optional<Moment> due;            // DUE, else DTSTART + DURATION
+  OptionalMoment due;                   // DUE, else DTSTART + DURATION
   std::optional<UtcSeconds> completed;  // COMPLETED
   TodoStatus status = TodoStatus::none;
   std::int16_t percentComplete = 0;
   std::int16_t priority = 0;
 };
 
-struct Item {
+// All of an item but its texts.
+struct ItemProperties {
+  std::optional<UtcSeconds> lastModified;
+  OptionalMoment start;
+  OptionalMoment end;  // DTEND
+  OptionalMoment recurrenceId;
+  // DURATION; counts where there is no usable DTEND.
+  std::unique_ptr<const Duration> duration;
+  std::unique_ptr<const Series> series;
+  std::unique_ptr<const Todo> todo;  // exactly for to-dos
+
+  std::int32_t sequence = 0;
   ItemKind kind = ItemKind::event;
   bool thisAndFuture = false;  // RECURRENCE-ID;RANGE=THISANDFUTURE
   std::int8_t availability = 0;
-  bool hasAttendees = false;
-  std::int32_t sequence = 0;
-
-  // Owns the bytes of every view below: unfolded, unescaped, valid UTF-8.
-  std::unique_ptr<char[]> text;
-  // The UID, or the file's name where the component has none.
-  std::string_view uid;
-  // A view whose data() is null stands for a property that is absent.
-  std::string_view title, notes, location, url;
-  std::vector<Attendee> attendees;
-
-  std::optional<UtcSeconds> lastModified;
-  std::optional<Moment> start;
-  std::optional<Moment> end;         // DTEND
-  std::optional<Duration> duration;  // DURATION; counts where there is no usable DTEND
-  std::optional<Moment> recurrenceId;
-  std::unique_ptr<const Series> series;
-  std::unique_ptr<const Todo> todo;  // exactly for to-dos
 };
 
+// Readable text: unfolded, unescaped, valid UTF-8 without NUL. A view whose data() is null stands
+// for a property that is absent.
+struct ItemTexts {
+  // The UID, or the file's name where the component has none.
+  std::string_view uid;
+  std::string_view title, notes, location, url;
+  std::vector<Attendee> attendees;
+};
+
+class Item : public ItemProperties {
+ public:
+  // With a copy of the texts.
+  static std::unique_ptr<Item> make(ItemProperties properties, const ItemTexts& texts);
+  Item(const Item&) = delete;
+  Item& operator=(const Item&) = delete;
+  static void operator delete(void* item) { ::operator delete(item); }
+
+  std::string_view uid() const { return text(0); }
+  std::string_view title() const { return text(1); }
+  std::string_view notes() const { return text(2); }
+  std::string_view location() const { return text(3); }
+  std::string_view url() const { return text(4); }
+  std::size_t attendeeCount() const { return attendeeCount_; }
+  // Calls `visit` with each Attendee, in the order of the file.
+  template <typename Visit>
+  void forEachAttendee(const Visit& visit) const;
+
+ private:
+  // The texts stand right behind the item, in one allocation with it: a pointer and a block of
+  // their own would add a tenth to most items.
+  static void* operator new(std::size_t size, std::size_t textSize) {
+    return ::operator new(size + textSize);
+  }
+  static void operator delete(void* item, std::size_t) { ::operator delete(item); }
+  Item(ItemProperties properties, const ItemTexts& texts);
+
+  const char* texts() const { return reinterpret_cast<const char*>(this + 1); }
+  std::string_view text(std::size_t index) const {
+    if ((present_ >> index & 1) == 0) return {};
+    const std::uint32_t begin = index == 0 ? 0 : ends_[index - 1];
+    return {texts() + begin, ends_[index] - begin};
+  }
+
+  // Behind the address of an attendee and its NUL: whether a name and another NUL follow.
+  static constexpr char named = '+';
+  static constexpr char unnamed = '-';
+
+  std::uint8_t present_ = 0;  // a bit for each text
+  std::uint32_t attendeeCount_ = 0;
+  // Where each text ends; the attendees stand behind the last.
+  std::array<std::uint32_t, 5> ends_{};
+};
+
+template <typename Visit>
+void Item::forEachAttendee(const Visit& visit) const {
+  const char* next = texts() + ends_.back();
+  const auto take = [&next] {
+    const std::string_view taken(next);
+    next += taken.size() + 1;
+    return taken;
+  };
+  for (std::uint32_t count = attendeeCount_; count > 0; --count) {
+    Attendee attendee;
+    attendee.address = take();
+    if (*next++ == named) attendee.name = take();
+    visit(attendee);
+  }
+}
+
 // What a series repeats from and what an override's RECURRENCE-ID stands for: DTSTART, else a
-// to-do's due date. Null when the item has neither.
-const Moment* anchorOf(const Item& item);
+// to-do's due date. Absent when the item has neither.
+OptionalMoment anchorOf(const ItemProperties& item);
 
 // Start and end of an event, or of one of its occurrences, as instants. All-day events end at
 // 23:59:59 local time on their last day; no DTEND is DTSTART + DURATION, else the day of a DATE,
@@ -105,7 +198,7 @@ struct Span {
 };
 
 // The span of the event itself; it has a start.
-Span spanOf(const Item& event);
+Span spanOf(const ItemProperties& event);
 // The span of the occurrence of `master` that starts at `start` (in the master's zone and kind): a
 // DTEND keeps the exact length of the master, a DURATION its nominal one (RFC 5545, 3.8.5.3), a
 // PERIOD among the RDATEs says its own.

@@ -1,7 +1,6 @@
 #include "store/local/text/item_reader.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
 #include <utility>
 
@@ -79,8 +78,8 @@ void sortBy(List& list, Compare compare) {
 }  // namespace
 
 void ItemReader::begin(ItemKind kind) {
-  item_ = std::make_unique<Item>();
-  item_->kind = kind;
+  item_ = {};
+  item_.kind = kind;
   todo_ = kind == ItemKind::todo ? std::make_unique<Todo>() : nullptr;
   uid_ = title_ = notes_ = location_ = url_ = {};
   busyStatus_.reset();
@@ -105,19 +104,22 @@ void ItemReader::read(PropertyName name, const ContentLine& line) {
     case PropertyName::description:
       return keepFirst(notes_, line.value);
     case PropertyName::dtend:
-      return readMoment(item_->end, line);
+      return readMoment(item_.end, line);
     case PropertyName::dtstart:
-      return readMoment(item_->start, line);
+      return readMoment(item_.start, line);
     case PropertyName::due:
       if (todo_) readMoment(todo_->due, line);
       return;
     case PropertyName::duration:
-      item_->duration = parseDuration(line.value);
+      item_.duration = nullptr;
+      if (const auto duration = parseDuration(line.value)) {
+        item_.duration = std::make_unique<const Duration>(*duration);
+      }
       return;
     case PropertyName::exdate:
       return readExceptions(line);
     case PropertyName::lastModified:
-      return readInstant(item_->lastModified, line);
+      return readInstant(item_.lastModified, line);
     case PropertyName::location:
       return keepFirst(location_, line.value);
     case PropertyName::percentComplete:
@@ -129,16 +131,16 @@ void ItemReader::read(PropertyName name, const ContentLine& line) {
     case PropertyName::rdate:
       return readRecurrenceDates(line);
     case PropertyName::recurrenceId:
-      readMoment(item_->recurrenceId, line);
+      readMoment(item_.recurrenceId, line);
       if (const auto range = parameterOf(line.parameters, "RANGE")) {
-        item_->thisAndFuture = equalsIgnoringCase(*range, "THISANDFUTURE");
+        item_.thisAndFuture = equalsIgnoringCase(*range, "THISANDFUTURE");
       }
       return;
     case PropertyName::rrule:
       if (rules_.size() < maximumRules) rules_.push_back(line.value);
       return;
     case PropertyName::sequence:
-      item_->sequence = sequenceOf(line.value);
+      item_.sequence = sequenceOf(line.value);
       return;
     case PropertyName::status:
       if (todo_) todo_->status = todoStatusOf(line.value);
@@ -160,17 +162,12 @@ void ItemReader::read(PropertyName name, const ContentLine& line) {
 }
 
 std::unique_ptr<Item> ItemReader::finish() {
-  if (item_->kind == ItemKind::event && !item_->start) {
-    item_.reset();
-    todo_.reset();
-    return nullptr;
-  }
-  item_->availability = busyStatus_.value_or(isTransparent_ ? std::int8_t{1} : std::int8_t{0});
+  if (item_.kind == ItemKind::event && !item_.start) return nullptr;
+  item_.availability = busyStatus_.value_or(isTransparent_ ? std::int8_t{1} : std::int8_t{0});
   if (todo_) finishTodo();
   finishSeries();
-  finishText();
-  item_->todo = std::move(todo_);
-  return std::move(item_);
+  item_.todo = std::move(todo_);
+  return Item::make(std::move(item_), readableTexts());
 }
 
 std::optional<Moment> ItemReader::momentOf(std::string_view parameters, std::string_view value) {
@@ -195,7 +192,7 @@ std::optional<Moment> ItemReader::momentOf(std::string_view parameters, std::str
   return moment;
 }
 
-void ItemReader::readMoment(std::optional<Moment>& target, const ContentLine& line) {
+void ItemReader::readMoment(OptionalMoment& target, const ContentLine& line) {
   if (!target) target = momentOf(line.parameters, line.value);
 }
 
@@ -232,20 +229,20 @@ void ItemReader::readAttendee(const ContentLine& line) {
 }
 
 void ItemReader::finishTodo() {
-  if (todo_->due || !item_->start || !item_->duration) return;
-  Moment due = *item_->start;
-  due.wall += item_->duration->days * secondsPerDay;
-  if (item_->duration->seconds != 0) {
-    due.wall = due.zone->toWall(due.toUtc() + item_->duration->seconds);
+  if (todo_->due || !item_.start || !item_.duration) return;
+  Moment due = *item_.start;
+  due.wall += item_.duration->days * secondsPerDay;
+  if (item_.duration->seconds != 0) {
+    due.wall = due.zone->toWall(due.toUtc() + item_.duration->seconds);
     if (due.isDate) due.wall = dayOf(due.wall) * secondsPerDay;
   }
   todo_->due = due;
 }
 
 void ItemReader::finishSeries() {
-  if ((rules_.empty() && dates_.empty()) || item_->recurrenceId) return;
+  if ((rules_.empty() && dates_.empty()) || item_.recurrenceId) return;
   // A to-do may repeat by its due date alone.
-  const std::optional<Moment>& start = item_->start || !todo_ ? item_->start : todo_->due;
+  const OptionalMoment start = item_.start || !todo_ ? item_.start : todo_->due;
   if (!start) return;
   auto series = std::make_unique<Series>();
   for (const std::string_view text : rules_) {
@@ -264,7 +261,7 @@ void ItemReader::finishSeries() {
   sortBy(exceptions_, isBefore);
   series->dates = dates_;
   series->exceptions = exceptions_;
-  item_->series = std::move(series);
+  item_.series = std::move(series);
 }
 
 // Some programs leave the TZID of a series out of its EXDATEs: a floating one takes what starts at
@@ -280,50 +277,35 @@ void ItemReader::addExceptionsOnSeriesClock(const Moment& start) {
   }
 }
 
-void ItemReader::finishText() {
+ItemTexts& ItemReader::readableTexts() {
   std::size_t capacity = fileName_.size();
   for (const std::string_view raw : {uid_, title_, notes_, location_, url_}) capacity += raw.size();
   for (const RawAttendee& attendee : attendees_) {
     capacity += attendee.name.size() + attendee.address.size();
   }
   capacity = readableCapacity(capacity);
-  if (text_.size() < capacity) text_.resize(capacity);
+  if (readable_.size() < capacity) readable_.resize(capacity);
 
-  char* end = text_.data();
+  char* end = readable_.data();
   const auto write = [&](std::string_view raw, Escapes escapes) {
     if (!raw.data()) return std::string_view();
     char* const begin = std::exchange(end, writeReadable(raw, escapes, end));
     return std::string_view(begin, static_cast<std::size_t>(end - begin));
   };
-  item_->uid = write(uid_, Escapes::text);
-  if (item_->uid.empty()) item_->uid = write(fileName_, Escapes::none);
-  item_->title = write(title_, Escapes::text);
-  item_->notes = write(notes_, Escapes::text);
-  item_->location = write(location_, Escapes::text);
-  item_->url = write(url_, Escapes::none);
-  item_->hasAttendees = !attendees_.empty();
-  item_->attendees.reserve(attendees_.size());
+  texts_.uid = write(uid_, Escapes::text);
+  if (texts_.uid.empty()) texts_.uid = write(fileName_, Escapes::none);
+  texts_.title = write(title_, Escapes::text);
+  texts_.notes = write(notes_, Escapes::text);
+  texts_.location = write(location_, Escapes::text);
+  texts_.url = write(url_, Escapes::none);
+  texts_.attendees.clear();
   for (const RawAttendee& raw : attendees_) {
     Attendee attendee;
     if (raw.name.data()) attendee.name = write(raw.name, Escapes::parameter);
     attendee.address = write(raw.address, Escapes::none);
-    item_->attendees.push_back(attendee);
+    texts_.attendees.push_back(attendee);
   }
-
-  const auto size = static_cast<std::size_t>(end - text_.data());
-  item_->text = std::make_unique_for_overwrite<char[]>(size);
-  std::memcpy(item_->text.get(), text_.data(), size);
-  const auto move = [&](std::string_view& view) {
-    if (view.data()) view = {item_->text.get() + (view.data() - text_.data()), view.size()};
-  };
-  for (std::string_view* view :
-       {&item_->uid, &item_->title, &item_->notes, &item_->location, &item_->url}) {
-    move(*view);
-  }
-  for (Attendee& attendee : item_->attendees) {
-    if (attendee.name) move(*attendee.name);
-    move(attendee.address);
-  }
+  return texts_;
 }
 
 }  // namespace tidemark::local

@@ -34,7 +34,7 @@ class ItemReader {
   };
 
   std::optional<Moment> momentOf(std::string_view parameters, std::string_view value);
-  void readMoment(std::optional<Moment>& target, const ContentLine& line);
+  void readMoment(OptionalMoment& target, const ContentLine& line);
   void readInstant(std::optional<UtcSeconds>& target, const ContentLine& line);
   void readRecurrenceDates(const ContentLine& line);
   void readExceptions(const ContentLine& line);
@@ -42,12 +42,12 @@ class ItemReader {
   void finishTodo();
   void finishSeries();
   void addExceptionsOnSeriesClock(const Moment& start);
-  void finishText();
+  ItemTexts& readableTexts();
 
   FileTimeZones& zones_;
   const std::string_view fileName_;
 
-  std::unique_ptr<Item> item_;
+  ItemProperties item_;
   std::unique_ptr<Todo> todo_;
   // The values as the file has them.
   std::string_view uid_, title_, notes_, location_, url_;
@@ -58,7 +58,9 @@ class ItemReader {
   std::vector<std::string_view> rules_;
   std::vector<RecurrenceDate> dates_;
   std::vector<Moment> exceptions_;
-  std::vector<char> text_;
+  // What the file has, made readable.
+  ItemTexts texts_;
+  std::vector<char> readable_;
 };
 
 }  // namespace tidemark::local
