@@ -334,7 +334,7 @@ class LocalStore final : public Store {
     const CollectionItems* items = tree_.items(calendar.number);
     const auto group = items == nullptr ? std::nullopt : items->find(kind, uid);
     if (!group) return std::nullopt;
-    return ItemPlace{calendar.directory, group->file().name};
+    return ItemPlace{calendar.directory, group->file().name()};
   }
 
   std::optional<ItemGroup> groupNamed(const LocalCalendar& calendar, ItemKind kind,

@@ -11,11 +11,7 @@ namespace tidemark::local {
 namespace {
 
 std::unique_ptr<FileRecord> record(const std::string& name, const std::string& text) {
-  auto file = std::make_unique<FileRecord>();
-  file->name = name;
-  file->items = readCalendar(text, name).items;
-  orderItems(file->items);
-  return file;
+  return makeFileRecord(name, readCalendar(text, name).items);
 }
 
 class OccurrenceBlocksTest : public testing::Test {

@@ -8,12 +8,12 @@
 
 namespace tidemark::local {
 
-std::size_t CollectionItems::FileHash::operator()(std::string_view name) const {
-  return absl::Hash<std::string_view>()(name);
+std::size_t CollectionItems::FileHash::operator()(std::string_view stem) const {
+  return absl::Hash<std::string_view>()(stem);
 }
 
 std::size_t CollectionItems::FileHash::operator()(const std::unique_ptr<FileRecord>& file) const {
-  return (*this)(std::string_view(file->name));
+  return (*this)(file->stem());
 }
 
 std::size_t CollectionItems::GroupHash::operator()(const GroupName& name) const {
@@ -25,8 +25,8 @@ std::size_t CollectionItems::GroupHash::operator()(const ItemGroup& group) const
 }
 
 bool CollectionItems::ShadowedOrder::operator()(const ItemGroup& a, const ItemGroup& b) const {
-  return std::tuple(a.uid(), a.kind(), std::string_view(a.file().name)) <
-         std::tuple(b.uid(), b.kind(), std::string_view(b.file().name));
+  return std::tuple(a.uid(), a.kind(), a.file().name()) <
+         std::tuple(b.uid(), b.kind(), b.file().name());
 }
 
 bool CollectionItems::ShadowedOrder::operator()(const ItemGroup& a, const GroupName& b) const {
@@ -48,21 +48,25 @@ CollectionItems::~CollectionItems() {
 }
 
 void CollectionItems::put(std::unique_ptr<FileRecord> file) {
-  remove(file->name);
+  if (const auto former = files_.find(file); former != files_.end()) remove(former);
   const FileRecord& record = **files_.insert(std::move(file)).first;
   forEachGroup(record, [this](const ItemGroup& group) { addGroup(group); });
 }
 
 bool CollectionItems::remove(std::string_view fileName) {
-  const auto found = files_.find(fileName);
+  const auto found = files_.find(stemOf(fileName));
   if (found == files_.end()) return false;
-  forEachGroup(**found, [this](const ItemGroup& group) { removeGroup(group); });
-  index_.retired.retire(std::move(files_.extract(found).value()->items));
+  remove(found);
   return true;
 }
 
+void CollectionItems::remove(Files::const_iterator file) {
+  forEachGroup(**file, [this](const ItemGroup& group) { removeGroup(group); });
+  index_.retired.retire(std::move(files_.extract(file).value()->items));
+}
+
 const FileRecord* CollectionItems::file(std::string_view fileName) const {
-  const auto found = files_.find(fileName);
+  const auto found = files_.find(stemOf(fileName));
   return found == files_.end() ? nullptr : found->get();
 }
 
@@ -87,7 +91,7 @@ void CollectionItems::addGroup(const ItemGroup& group) {
     show(group);
     return;
   }
-  if (found->file().name <= group.file().name) {
+  if (found->file().name() <= group.file().name()) {
     shadowed_.insert(group);
     return;
   }

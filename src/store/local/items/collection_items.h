@@ -63,20 +63,20 @@ class CollectionItems {
   bool hasTodos() const { return todos_ > 0; }
 
  private:
-  // Both tables look up by name without a copy of it.
+  // Both tables look up by stem or UID without a copy of it.
   struct FileHash {
     using is_transparent = void;
-    std::size_t operator()(std::string_view name) const;
+    std::size_t operator()(std::string_view stem) const;
     std::size_t operator()(const std::unique_ptr<FileRecord>& file) const;
   };
   struct SameFile {
     using is_transparent = void;
     bool operator()(const std::unique_ptr<FileRecord>& a,
                     const std::unique_ptr<FileRecord>& b) const {
-      return a->name == b->name;
+      return a->stem() == b->stem();
     }
     bool operator()(const std::unique_ptr<FileRecord>& a, std::string_view b) const {
-      return a->name == b;
+      return a->stem() == b;
     }
   };
   struct GroupName {
@@ -105,6 +105,9 @@ class CollectionItems {
     bool operator()(const GroupName& a, const ItemGroup& b) const;
   };
 
+  using Files = absl::flat_hash_set<std::unique_ptr<FileRecord>, FileHash, SameFile>;
+
+  void remove(Files::const_iterator file);
   void addGroup(const ItemGroup& group);
   void removeGroup(const ItemGroup& group);
   void show(const ItemGroup& group);
@@ -113,7 +116,7 @@ class CollectionItems {
 
   std::uint32_t number_;
   ItemIndex& index_;
-  absl::flat_hash_set<std::unique_ptr<FileRecord>, FileHash, SameFile> files_;
+  Files files_;
   absl::flat_hash_set<ItemGroup, GroupHash, SameGroup> groups_;
   // Groups that another file's stand before.
   std::set<ItemGroup, ShadowedOrder> shadowed_;

@@ -1,6 +1,7 @@
 #include "store/local/items/item_groups.h"
 
 #include <algorithm>
+#include <iterator>
 #include <limits>
 #include <tuple>
 
@@ -31,13 +32,31 @@ bool comesBefore(const std::unique_ptr<Item>& a, const std::unique_ptr<Item>& b)
   return newness(*a) > newness(*b);
 }
 
-}  // namespace
-
-void orderItems(ItemList& items) {
+void order(std::vector<std::unique_ptr<Item>>& items) {
   if (items.size() < 2) return;
   std::stable_sort(items.begin(), items.end(), comesBefore);
   const auto isDuplicate = [](const auto& a, const auto& b) { return isSamePlace(*a, *b); };
   items.erase(std::unique(items.begin(), items.end(), isDuplicate), items.end());
+}
+
+}  // namespace
+
+std::string_view stemOf(std::string_view fileName) {
+  constexpr std::string_view suffix = ".ics";
+  if (fileName.ends_with(suffix)) fileName.remove_suffix(suffix.size());
+  return fileName;
+}
+
+std::unique_ptr<FileRecord> makeFileRecord(std::string_view fileName,
+                                           std::vector<std::unique_ptr<Item>> items) {
+  order(items);
+  auto file = std::make_unique<FileRecord>();
+  const std::string_view stem = stemOf(fileName);
+  if (items.empty() || items.front()->uid() != stem) {
+    file->ownStem = std::make_unique<const std::string>(stem);
+  }
+  file->items.assign(std::move_iterator(items.begin()), std::move_iterator(items.end()));
+  return file;
 }
 
 ItemSpan ItemGroup::items() const {

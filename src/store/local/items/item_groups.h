@@ -5,9 +5,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "store/local/files/file_reader.h"
 #include "store/local/items/retired_items.h"
@@ -17,20 +19,30 @@ namespace tidemark::local {
 
 using ItemSpan = std::span<const std::unique_ptr<Item>>;
 
-// Orders them and drops what can never be shown: of two masters with one UID the one with the lower
-// SEQUENCE, then with the earlier LAST-MODIFIED; of two overrides of one occurrence likewise.
-void orderItems(ItemList& items);
+// Without the ".ics" that all items' files have.
+std::string_view stemOf(std::string_view fileName);
 
 // What a file of a collection holds.
 struct FileRecord {
-  std::string name;
+  std::string_view stem() const { return ownStem ? *ownStem : items.front()->uid(); }
+  std::string name() const { return std::string(stem()) += ".ics"; }
+
+  // The file's name without ".ics"; null where it is the UID of the first item, as almost always.
+  std::unique_ptr<const std::string> ownStem;
   FileTag tag = unknownTag;
   bool isYoung = false;
   // Reached through a symbolic link: no watch on the directory tells when it changes.
   bool isLinked = false;
   bool isUnreadable = false;
-  ItemList items;  // as orderItems leaves them
+  // Ordered, and without what can never be shown: of two masters with one UID the one with the
+  // lower SEQUENCE, then with the earlier LAST-MODIFIED; of two overrides of one occurrence
+  // likewise.
+  ItemList items;
 };
+
+// `items` in any order.
+std::unique_ptr<FileRecord> makeFileRecord(std::string_view fileName,
+                                           std::vector<std::unique_ptr<Item>> items);
 
 // One UID's components of one kind in one file: a master, overrides, or both.
 class ItemGroup {

@@ -72,13 +72,14 @@ void OccurrenceBlocks::addEvent(const PlacedEvent& event) {
     return;
   }
   const BlockNumber first = blockOf(event.start);
-  blocks_[first].added.push_back(event);
-  if (event.end > startOf(first + 1)) blocks_[first + 1].added.push_back(event);
+  const PlainEvent plain{event.item, event.collection, event.repeats};
+  blocks_[first].addedPlain.push_back(plain);
+  if (event.end > startOf(first + 1)) blocks_[first + 1].addedPlain.push_back(plain);
 }
 
 void OccurrenceBlocks::removeItem(const Item& item) {
   const PlacedEvent event = placeItem(item, 0, false);
-  const auto isSame = [&](const PlacedEvent& other) { return other.item == &item; };
+  const auto isSame = [&](const auto& other) { return other.item == &item; };
   if (isLong(event)) {
     std::erase_if(long_, isSame);
     return;
@@ -87,8 +88,8 @@ void OccurrenceBlocks::removeItem(const Item& item) {
   for (BlockNumber number = first; number <= first + 1; ++number) {
     const auto found = blocks_.find(number);
     if (found == blocks_.end()) continue;
-    if (found->second.added.size() > maximumNotedRemovals) settle(found->second);
-    std::erase_if(found->second.added, isSame);
+    if (found->second.addedPlain.size() > maximumNotedRemovals) settle(found->second);
+    std::erase_if(found->second.addedPlain, isSame);
     noteRemoved(found->second, item);
   }
 }
@@ -164,6 +165,10 @@ void OccurrenceBlocks::settle(Block& block) const {
     });
     block.removed.clear();
   }
+  for (const PlainEvent& plain : block.addedPlain) {
+    block.added.push_back(placeItem(*plain.item, plain.collection, plain.repeats));
+  }
+  block.addedPlain = {};
   if (block.added.empty()) return;
   std::sort(block.added.begin(), block.added.end(), std::cref(order_));
   const auto middle = static_cast<std::ptrdiff_t>(block.events.size());

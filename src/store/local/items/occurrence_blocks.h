@@ -37,12 +37,20 @@ class OccurrenceBlocks {
  private:
   using BlockNumber = std::int64_t;
 
+  // An event that stands where it stands. The rest is found again when its block is asked for: most
+  // never are.
+  struct PlainEvent {
+    const Item* item = nullptr;
+    std::uint32_t collection = 0;
+    bool repeats = false;
+  };
   struct Block {
     // Sorted. What began in the block before and reaches into this one is here too.
     std::vector<PlacedEvent> events;
     // To be taken out of `events`, and then in.
     std::vector<const Item*> removed;
     std::vector<PlacedEvent> added;
+    std::vector<PlainEvent> addedPlain;
     bool isExpanded = false;
   };
   // What was asked for, and the whole seconds around it.

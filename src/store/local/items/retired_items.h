@@ -12,11 +12,13 @@
 #include <set>
 #include <vector>
 
+#include "absl/container/inlined_vector.h"
 #include "store/local/text/item.h"
 
 namespace tidemark::local {
 
-using ItemList = std::vector<std::unique_ptr<Item>>;
+// Most files hold one item.
+using ItemList = absl::InlinedVector<std::unique_ptr<Item>, 1>;
 
 class RetiredItems {
  public:

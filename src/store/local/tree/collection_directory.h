@@ -62,7 +62,7 @@ struct CollectionDirectory {
   std::optional<WatchId> watch;
   // Files that somebody writes to and has not closed yet: until then, or until their text is whole,
   // they count as they were before.
-  std::set<std::string> beingWritten;
+  std::set<std::string, std::less<>> beingWritten;
   // Read again at every query: they kept changing, or may still be written by somebody unseen.
   std::set<std::string> unsettled;
   // Files behind symbolic links, or links to nothing yet, and the watch on where each of them is.

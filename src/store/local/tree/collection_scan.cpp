@@ -136,7 +136,7 @@ void CollectionTree::scanFiles(CollectionDirectory& directory, Descriptor opened
   if (!isFirst) {
     std::vector<std::string> gone;
     directory.items->forEachFile([&](const FileRecord& file) {
-      if (!present.contains(file.name)) gone.push_back(file.name);
+      if (std::string name = file.name(); !present.contains(name)) gone.push_back(std::move(name));
     });
     for (const std::string& name : gone) forget(directory, name);
   } else {
@@ -233,15 +233,17 @@ void CollectionTree::order(CollectionDirectory& directory, Descriptor opened, Fi
 
 void CollectionTree::accept(CollectionDirectory& directory, FileNews news, LoadedFile loaded) {
   FileRecord& record = *loaded.record;
-  const FileRecord* former = directory.items->file(record.name);
-  directory.unsettled.erase(record.name);
+  const std::string_view name = loaded.name;
+  const FileRecord* former = directory.items->file(name);
+  // Of almost every file nothing is known but its items.
+  if (!directory.unsettled.empty()) directory.unsettled.erase(std::string(name));
   switch (loaded.outcome) {
     case FileText::Outcome::absent:
     case FileText::Outcome::passedOver:
-      remove(directory, record.name);
+      remove(directory, name);
       return;
     case FileText::Outcome::unsteady:
-      directory.unsettled.insert(record.name);
+      directory.unsettled.emplace(name);
       return;
     case FileText::Outcome::unreadable:
       record.isUnreadable = true;
@@ -251,10 +253,10 @@ void CollectionTree::accept(CollectionDirectory& directory, FileNews news, Loade
       break;
   }
   const bool isCutOff = loaded.outcome == FileText::Outcome::read && !loaded.isWhole;
-  if (isCutOff && directory.beingWritten.contains(record.name)) return;
+  if (isCutOff && directory.beingWritten.contains(name)) return;
   if (isCutOff && news == FileNews::suspected && record.isYoung) {
     // Its writer may not be done; one that pauses for longer than a file is young is.
-    directory.unsettled.insert(record.name);
+    directory.unsettled.emplace(name);
     return;
   }
   const bool isSameFile =
@@ -270,12 +272,14 @@ void CollectionTree::put(CollectionDirectory& directory, std::unique_ptr<FileRec
     return std::tuple(items.isEmpty(), items.hasEvents(), items.hasTodos());
   };
   const auto former = kinds();
-  if (!record->isLinked) releaseTarget(directory, record->name);
+  if (!record->isLinked && !directory.linkedFiles.empty()) {
+    releaseTarget(directory, record->name());
+  }
   items.put(std::move(record));
   if (kinds() != former) calendars_.reset();
 }
 
-void CollectionTree::remove(CollectionDirectory& directory, const std::string& fileName) {
+void CollectionTree::remove(CollectionDirectory& directory, std::string_view fileName) {
   if (!directory.items->remove(fileName)) return;
   calendars_.reset();
   isChanged_ = true;

@@ -150,7 +150,7 @@ void CollectionTree::retryUnreadable() {
     directory->hasUnreadable = false;
     directory->items->forEachFile([&](const FileRecord& file) {
       if (!file.isUnreadable) return;
-      directory->changedFiles.emplace(file.name, CollectionDirectory::FileNews::contents);
+      directory->changedFiles.emplace(file.name(), CollectionDirectory::FileNews::contents);
     });
   }
 }

@@ -83,7 +83,7 @@ class CollectionTree {
   void accept(CollectionDirectory& directory, CollectionDirectory::FileNews news,
               LoadedFile loaded);
   void put(CollectionDirectory& directory, std::unique_ptr<FileRecord> record);
-  void remove(CollectionDirectory& directory, const std::string& fileName);
+  void remove(CollectionDirectory& directory, std::string_view fileName);
   void forget(CollectionDirectory& directory, const std::string& fileName);
   void watchTarget(CollectionDirectory& directory, const std::string& fileName);
   void releaseTarget(CollectionDirectory& directory, const std::string& fileName);

@@ -128,18 +128,16 @@ LoadedFile loadFile(FileReader& reader, int directory, const char* name, bool is
   // No watch on the directory tells of what is behind a link.
   if (isLinked) changes = FileReader::Changes::compared;
   const FileText file = reader.read(directory, name, changes);
+  CalendarText text;
+  if (file.outcome == FileText::Outcome::read) text = readCalendar(file.text, name);
   LoadedFile loaded;
+  loaded.name = name;
   loaded.outcome = file.outcome;
-  loaded.record = std::make_unique<FileRecord>();
-  loaded.record->name = name;
+  loaded.isWhole = text.isWhole;
+  loaded.record = makeFileRecord(name, std::move(text.items));
   loaded.record->tag = file.tag;
   loaded.record->isYoung = file.isYoung;
   loaded.record->isLinked = isLinked;
-  if (file.outcome != FileText::Outcome::read) return loaded;
-  CalendarText text = readCalendar(file.text, loaded.record->name);
-  loaded.isWhole = text.isWhole;
-  loaded.record->items = std::move(text.items);
-  orderItems(loaded.record->items);
   return loaded;
 }
 

@@ -32,6 +32,7 @@ class FileNames {
 };
 
 struct LoadedFile {
+  std::string_view name;  // of the order's
   FileText::Outcome outcome = FileText::Outcome::absent;
   // The text was not cut off. Only of a file that was read.
   bool isWhole = false;
