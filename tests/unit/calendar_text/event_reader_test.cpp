@@ -114,6 +114,29 @@ TEST(EventReader, ReadsEveryItemOfEveryCalendar) {
   EXPECT_EQ(text.items[2]->uid(), "c");
 }
 
+TEST(EventReader, KeepsNothingOfTheTextBefore) {
+  const std::string zone =
+      linesOf({"BEGIN:VTIMEZONE", "TZID:Own", "BEGIN:STANDARD", "DTSTART:19700101T000000",
+               "TZOFFSETFROM:+0300", "TZOFFSETTO:+0300", "END:STANDARD", "END:VTIMEZONE"});
+  const std::string start = "DTSTART;TZID=Own:20250101T100000";
+  CalendarReader reader;
+  const CalendarText first = reader.read(
+      zone + eventOf({"UID:a", "SUMMARY:Folded\r\n  text", "ATTENDEE:mailto:a@b", start}) +
+          "BEGIN:VEVENT\r\nBEGIN:VALARM\r\n",
+      "first.ics");
+  ASSERT_EQ(first.items.size(), 1u);
+  EXPECT_EQ(first.items[0]->start->toUtc(), instant("20250101T070000Z"));
+  const CalendarText second =
+      reader.read(eventOf({start, "LOCATION:Other\r\n  text"}), "second.ics");
+  ASSERT_EQ(second.items.size(), 1u);
+  EXPECT_TRUE(second.items[0]->start->isFloating);
+  EXPECT_EQ(second.items[0]->uid(), "second.ics");
+  EXPECT_EQ(second.items[0]->title().data(), nullptr);
+  EXPECT_EQ(second.items[0]->location(), "Other text");
+  EXPECT_EQ(second.items[0]->attendeeCount(), 0u);
+  EXPECT_EQ(first.items[0]->title(), "Folded text");
+}
+
 TEST(EventReader, SaysWhetherTheCalendarEnds) {
   EXPECT_TRUE(readCalendar(eventOf({someStart}), "a").isWhole);
   EXPECT_TRUE(readCalendar(eventOf({someStart}) + "\r\n\r\n", "a").isWhole);

@@ -1,14 +1,17 @@
 // Reads the text of an .ics file into items. Whatever cannot be understood is passed over, alone.
 //
-// Any thread. Time is linear in the text, memory bounded by it.
+// Time is linear in the text, memory bounded by it.
 #pragma once
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <vector>
 
+#include "store/local/text/content_line.h"
 #include "store/local/text/item.h"
+#include "store/local/text/item_reader.h"
 
 namespace tidemark::local {
 
@@ -23,7 +26,26 @@ struct CalendarText {
   bool isWhole = false;
 };
 
-// `fileName` names components without a UID.
+// Reads one text after the other and keeps its room between them. One thread at a time.
+class CalendarReader {
+ public:
+  // `fileName` names components without a UID.
+  CalendarText read(std::string_view text, std::string_view fileName);
+
+ private:
+  void begin(std::string_view component, std::size_t position);
+  void end(std::string_view component);
+
+  ContentLineScanner scanner_;
+  ItemReader item_;
+  CalendarText result_;
+  // The component that is being read, where it begins, and how many are open inside it.
+  std::optional<ItemKind> open_;
+  std::size_t begin_ = 0;
+  std::size_t depth_ = 0;
+};
+
+// The same for one text. Any thread.
 CalendarText readCalendar(std::string_view text, std::string_view fileName);
 
 }  // namespace tidemark::local

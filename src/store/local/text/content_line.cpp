@@ -1,11 +1,14 @@
 #include "store/local/text/content_line.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tidemark::local {
 namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
+// What one large text needed is not kept for all the small ones after it.
+constexpr std::size_t largestKeptRoom = std::size_t{64} << 10;
 
 bool isFoldMark(char byte) {
   return byte == ' ' || byte == '\t';
@@ -31,6 +34,10 @@ bool isBlank(std::string_view line) {
 // Where the value's colon stands at or after `from`: the first one outside quotes, or the first one
 // at all where a quote is left open. npos when there is none.
 std::size_t findValueColon(std::string_view line, std::size_t from) {
+  const std::size_t colon = line.find(':', from);
+  if (colon == std::string_view::npos) return colon;
+  // Few lines have quotes.
+  if (line.substr(from, colon - from).find('"') == std::string_view::npos) return colon;
   bool isQuoted = false;
   for (std::size_t at = from; at < line.size(); ++at) {
     if (line[at] == '"') isQuoted = !isQuoted;
@@ -39,12 +46,27 @@ std::size_t findValueColon(std::string_view line, std::size_t from) {
   return isQuoted ? line.find(':', from) : std::string_view::npos;
 }
 
+// Where the first parameter ends: at a semicolon outside quotes, or with the text.
+std::size_t findParameterEnd(std::string_view parameters) {
+  const std::size_t semicolon = std::min(parameters.find(';'), parameters.size());
+  if (parameters.substr(0, semicolon).find('"') == std::string_view::npos) return semicolon;
+  bool isQuoted = false;
+  std::size_t end = 0;
+  for (; end < parameters.size() && (isQuoted || parameters[end] != ';'); ++end) {
+    if (parameters[end] == '"') isQuoted = !isQuoted;
+  }
+  return end;
+}
+
 void split(std::string_view text, ContentLine& line) {
   std::size_t nameBegin = 0;
   std::size_t nameEnd = 0;
-  for (; nameEnd < text.size() && text[nameEnd] != ':' && text[nameEnd] != ';'; ++nameEnd) {
+  for (; nameEnd < text.size(); ++nameEnd) {
+    const char byte = text[nameEnd];
+    if (byte > ';') continue;  // as all letters are
+    if (byte == ':' || byte == ';') break;
     // What stands before a dot is a group.
-    if (text[nameEnd] == '.') nameBegin = nameEnd + 1;
+    if (byte == '.') nameBegin = nameEnd + 1;
   }
   line.name = text.substr(nameBegin, nameEnd - nameBegin);
   if (nameEnd == text.size()) return;
@@ -59,8 +81,14 @@ void split(std::string_view text, ContentLine& line) {
 
 }  // namespace
 
-ContentLineScanner::ContentLineScanner(std::string_view text) : text_(text) {
-  if (text.starts_with(byteOrderMark)) position_ = byteOrderMark.size();
+void ContentLineScanner::restart(std::string_view text) {
+  text_ = text;
+  position_ = text.starts_with(byteOrderMark) ? byteOrderMark.size() : 0;
+  unfoldedSize_ = 0;
+  if (unfoldedCapacity_ < text.size() || unfoldedCapacity_ > largestKeptRoom) {
+    unfolded_.reset();
+    unfoldedCapacity_ = 0;
+  }
 }
 
 std::optional<ContentLine> ContentLineScanner::next() {
@@ -100,7 +128,10 @@ void ContentLineScanner::skipToComponent() {
 }
 
 std::string_view ContentLineScanner::unfold(std::size_t begin, std::size_t end) {
-  if (!unfolded_) unfolded_ = std::make_unique_for_overwrite<char[]>(text_.size() - begin);
+  if (!unfolded_) {
+    unfoldedCapacity_ = text_.size();
+    unfolded_ = std::make_unique_for_overwrite<char[]>(unfoldedCapacity_);
+  }
   char* const target = unfolded_.get() + unfoldedSize_;
   std::size_t size = 0;
   for (std::size_t at = begin; at < end;) {
@@ -116,8 +147,7 @@ std::string_view ContentLineScanner::unfold(std::size_t begin, std::size_t end) 
   return {target, size};
 }
 
-bool equalsIgnoringCase(std::string_view text, std::string_view upper) {
-  if (text.size() != upper.size()) return false;
+bool equalsInAnyCase(std::string_view text, std::string_view upper) {
   for (std::size_t at = 0; at < text.size(); ++at) {
     const char byte = text[at];
     const char raised = byte >= 'a' && byte <= 'z' ? static_cast<char>(byte - 'a' + 'A') : byte;
@@ -130,11 +160,7 @@ std::optional<std::string_view> parameterOf(std::string_view parameters,
                                             std::string_view upperName) {
   while (!parameters.empty()) {
     parameters.remove_prefix(1);  // the semicolon
-    bool isQuoted = false;
-    std::size_t end = 0;
-    for (; end < parameters.size() && (isQuoted || parameters[end] != ';'); ++end) {
-      if (parameters[end] == '"') isQuoted = !isQuoted;
-    }
+    const std::size_t end = findParameterEnd(parameters);
     if (end > upperName.size() && parameters[upperName.size()] == '=' &&
         equalsIgnoringCase(parameters.substr(0, upperName.size()), upperName)) {
       std::string_view value = parameters.substr(upperName.size() + 1, end - upperName.size() - 1);

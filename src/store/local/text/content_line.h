@@ -7,6 +7,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstring>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,10 +32,14 @@ struct ContentLine {
 
 class ContentLineScanner {
  public:
+  ContentLineScanner() = default;
   // The text must outlive the scanner.
-  explicit ContentLineScanner(std::string_view text);
+  explicit ContentLineScanner(std::string_view text) { restart(text); }
   ContentLineScanner(const ContentLineScanner&) = delete;
   ContentLineScanner& operator=(const ContentLineScanner&) = delete;
+
+  // Begins with another text, and keeps the room for folded lines. Views of lines end.
+  void restart(std::string_view text);
 
   // The next line that is not blank; absent at the end of the text. Views of earlier lines stay
   // valid.
@@ -51,11 +56,18 @@ class ContentLineScanner {
   std::size_t position_ = 0;
   // Unfolded lines one after the other. Their bytes are fewer than the text's, so it never moves.
   std::unique_ptr<char[]> unfolded_;
+  std::size_t unfoldedCapacity_ = 0;
   std::size_t unfoldedSize_ = 0;
 };
 
-// ASCII alone. `upper` is given in upper case.
-bool equalsIgnoringCase(std::string_view text, std::string_view upper);
+// ASCII alone. `upper` is given in upper case and has the size of `text`.
+bool equalsInAnyCase(std::string_view text, std::string_view upper);
+// ASCII alone. `upper` is given in upper case, as almost every program writes names: where it is a
+// literal, the comparison takes one or two instructions.
+inline bool equalsIgnoringCase(std::string_view text, std::string_view upper) {
+  if (text.size() != upper.size()) return false;
+  return std::memcmp(text.data(), upper.data(), upper.size()) == 0 || equalsInAnyCase(text, upper);
+}
 
 // The raw value of the first parameter of that name (in upper case): without its quotes, with its
 // caret escapes. Absent when there is none.

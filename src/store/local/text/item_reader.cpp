@@ -15,6 +15,8 @@ namespace {
 
 // People's items have one rule, now and then two.
 constexpr std::size_t maximumRules = 64;
+// What one large item needed is not kept for all the small ones after it.
+constexpr std::size_t largestKeptRoom = std::size_t{64} << 10;
 
 template <typename Visit>
 void forEachOfList(std::string_view list, Visit visit) {
@@ -76,6 +78,13 @@ void sortBy(List& list, Compare compare) {
 }
 
 }  // namespace
+
+void ItemReader::beginFile(FileTimeZones& zones, std::string_view fileName) {
+  zones_ = &zones;
+  fileName_ = fileName;
+  lastParameters_ = {};
+  if (readable_.size() > largestKeptRoom) readable_ = {};
+}
 
 void ItemReader::begin(ItemKind kind) {
   item_ = {};
@@ -182,14 +191,19 @@ std::optional<Moment> ItemReader::momentOf(std::string_view parameters, std::str
     moment.zone = &localZone();
     return moment;
   }
-  if (date->isUtc) {
-    moment.zone = &utcZone();
-  } else if (const auto tzid = parameterOf(parameters, "TZID")) {
-    moment.zone = zones_.find(*tzid);
-  }
+  moment.zone = date->isUtc ? &utcZone() : zoneOf(parameters);
   moment.isFloating = !moment.zone;
   if (moment.isFloating) moment.zone = &localZone();
   return moment;
+}
+
+const Zone* ItemReader::zoneOf(std::string_view parameters) {
+  if (parameters.empty()) return nullptr;
+  if (parameters == lastParameters_) return lastZone_;
+  const auto tzid = parameterOf(parameters, "TZID");
+  lastParameters_ = parameters;
+  lastZone_ = tzid ? zones_->find(*tzid) : nullptr;
+  return lastZone_;
 }
 
 void ItemReader::readMoment(OptionalMoment& target, const ContentLine& line) {

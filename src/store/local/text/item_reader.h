@@ -1,6 +1,6 @@
 // Collects the lines of one VEVENT or VTODO after the other and makes items of them.
 //
-// One thread at a time; the text that the lines come from must outlive it.
+// One thread at a time.
 #pragma once
 
 #include <memory>
@@ -17,10 +17,9 @@ namespace tidemark::local {
 
 class ItemReader {
  public:
-  // `fileName` stands in for a UID.
-  ItemReader(FileTimeZones& zones, std::string_view fileName)
-      : zones_(zones), fileName_(fileName) {}
-
+  // What comes next is of another file; `fileName` stands in for a UID. Both must outlive its
+  // items' reading, and so must the text that the lines come from.
+  void beginFile(FileTimeZones& zones, std::string_view fileName);
   void begin(ItemKind kind);
   // A property of the component itself, not of one inside it.
   void read(PropertyName name, const ContentLine& line);
@@ -33,6 +32,8 @@ class ItemReader {
     std::string_view address;
   };
 
+  // That of the TZID; null where there is none, or nothing knows it.
+  const Zone* zoneOf(std::string_view parameters);
   std::optional<Moment> momentOf(std::string_view parameters, std::string_view value);
   void readMoment(OptionalMoment& target, const ContentLine& line);
   void readInstant(std::optional<UtcSeconds>& target, const ContentLine& line);
@@ -44,8 +45,8 @@ class ItemReader {
   void addExceptionsOnSeriesClock(const Moment& start);
   ItemTexts& readableTexts();
 
-  FileTimeZones& zones_;
-  const std::string_view fileName_;
+  FileTimeZones* zones_ = nullptr;
+  std::string_view fileName_;
 
   ItemProperties item_;
   std::unique_ptr<Todo> todo_;
@@ -53,6 +54,9 @@ class ItemReader {
   std::string_view uid_, title_, notes_, location_, url_;
   std::optional<std::int8_t> busyStatus_;
   bool isTransparent_ = false;
+  // Those that were read last: most items have the same ones in two or three lines.
+  std::string_view lastParameters_;
+  const Zone* lastZone_ = nullptr;
   // Of one item after the other; they keep their room.
   std::vector<RawAttendee> attendees_;
   std::vector<std::string_view> rules_;

@@ -1,5 +1,6 @@
 #include "store/local/text/value_text.h"
 
+#include <bit>
 #include <cstdint>
 #include <cstring>
 
@@ -61,12 +62,20 @@ char resolveEscape(Escapes escapes, char next) {
   }
 }
 
-// Eight bytes at once: whether they are all ASCII, none is NUL and none is `escape`.
-bool isPlain(std::uint64_t bytes, char escape) {
+// How many of the eight bytes at `text` come before the first one that is not ASCII, NUL or
+// `escape`.
+std::size_t plainLength(const char* text, char escape) {
   constexpr std::uint64_t ones = 0x0101010101010101;
   constexpr std::uint64_t highs = 0x8080808080808080;
+  std::uint64_t bytes = 0;
+  std::memcpy(&bytes, text, sizeof bytes);
   const std::uint64_t different = bytes ^ (ones * static_cast<Byte>(escape));
-  return ((bytes | (bytes - ones) | (different - ones)) & highs) == 0;
+  // The highest bit of a byte that is not plain; and perhaps of the plain ones after it.
+  const std::uint64_t marks = (bytes | (bytes - ones) | (different - ones)) & highs;
+  if constexpr (std::endian::native == std::endian::little) {
+    return static_cast<std::size_t>(std::countr_zero(marks)) / 8;
+  }
+  return marks == 0 ? sizeof bytes : 0;
 }
 
 }  // namespace
@@ -75,14 +84,13 @@ char* writeReadable(std::string_view raw, Escapes escapes, char* target) {
   const char escape = escapes == Escapes::parameter ? '^' : '\\';
   std::size_t at = 0;
   while (at < raw.size()) {
-    if (std::uint64_t bytes; raw.size() - at >= sizeof bytes) {
-      std::memcpy(&bytes, raw.data() + at, sizeof bytes);
-      if (isPlain(bytes, escape)) {
-        std::memcpy(target, &bytes, sizeof bytes);
-        target += sizeof bytes;
-        at += sizeof bytes;
-        continue;
-      }
+    if (constexpr std::size_t step = sizeof(std::uint64_t); raw.size() - at >= step) {
+      const std::size_t plain = plainLength(raw.data() + at, escape);
+      // All of them, whatever counts: there is room, and the rest is written over.
+      std::memcpy(target, raw.data() + at, step);
+      target += plain;
+      at += plain;
+      if (plain > 0) continue;
     }
     const char byte = raw[at];
     if (byte == escape && escapes != Escapes::none && at + 1 < raw.size()) {

@@ -83,8 +83,33 @@ class Portions {
   std::mutex delivery_;
 };
 
+// One thread's: what it reads with keeps its room from one file to the next.
+class FileLoader {
+ public:
+  LoadedFile load(int directory, const char* name, bool isLinked, FileReader::Changes changes) {
+    // No watch on the directory tells of what is behind a link.
+    if (isLinked) changes = FileReader::Changes::compared;
+    const FileText file = files_.read(directory, name, changes);
+    CalendarText text;
+    if (file.outcome == FileText::Outcome::read) text = calendars_.read(file.text, name);
+    LoadedFile loaded;
+    loaded.name = name;
+    loaded.outcome = file.outcome;
+    loaded.isWhole = text.isWhole;
+    loaded.record = makeFileRecord(name, std::move(text.items));
+    loaded.record->tag = file.tag;
+    loaded.record->isYoung = file.isYoung;
+    loaded.record->isLinked = isLinked;
+    return loaded;
+  }
+
+ private:
+  FileReader files_;
+  CalendarReader calendars_;
+};
+
 // False when there was nothing left.
-bool loadPortion(Portions& portions, FileReader& reader, std::vector<LoadedPortion>& loaded) {
+bool loadPortion(Portions& portions, FileLoader& loader, std::vector<LoadedPortion>& loaded) {
   const auto portion = portions.next();
   if (portion.order == nullptr) return false;
   LoadOrder& order = *portion.order;
@@ -92,25 +117,25 @@ bool loadPortion(Portions& portions, FileReader& reader, std::vector<LoadedPorti
   std::vector<LoadedFile>& files = loaded.back().files;
   files.reserve(portion.end - portion.begin);
   for (std::size_t index = portion.begin; index < portion.end; ++index) {
-    files.push_back(loadFile(reader, order.directory.get(), order.names.name(index),
-                             order.names.isLinked(index), order.changes));
+    files.push_back(loader.load(order.directory.get(), order.names.name(index),
+                                order.names.isLinked(index), order.changes));
   }
   portions.deliver(loaded, loaded.size() == maximumKeptPortions);
   return true;
 }
 
 void loadPortions(Portions& portions) {
-  FileReader reader;
+  FileLoader loader;
   std::vector<LoadedPortion> loaded;
-  while (loadPortion(portions, reader, loaded)) continue;
+  while (loadPortion(portions, loader, loaded)) continue;
   portions.deliver(loaded, true);
 }
 
 bool areCold(Portions& portions) {
-  FileReader reader;
+  FileLoader loader;
   std::vector<LoadedPortion> loaded;
   const auto begin = std::chrono::steady_clock::now();
-  loadPortion(portions, reader, loaded);
+  loadPortion(portions, loader, loaded);
   return std::chrono::steady_clock::now() - begin > filesAtATime * warmFile;
 }
 
@@ -121,24 +146,6 @@ void FileNames::add(std::string_view name, bool isLinked) {
   text_ += '\0';
   ends_.push_back(text_.size());
   isLinked_.push_back(isLinked);
-}
-
-LoadedFile loadFile(FileReader& reader, int directory, const char* name, bool isLinked,
-                    FileReader::Changes changes) {
-  // No watch on the directory tells of what is behind a link.
-  if (isLinked) changes = FileReader::Changes::compared;
-  const FileText file = reader.read(directory, name, changes);
-  CalendarText text;
-  if (file.outcome == FileText::Outcome::read) text = readCalendar(file.text, name);
-  LoadedFile loaded;
-  loaded.name = name;
-  loaded.outcome = file.outcome;
-  loaded.isWhole = text.isWhole;
-  loaded.record = makeFileRecord(name, std::move(text.items));
-  loaded.record->tag = file.tag;
-  loaded.record->isYoung = file.isYoung;
-  loaded.record->isLinked = isLinked;
-  return loaded;
 }
 
 void loadFiles(std::vector<LoadOrder>& orders) {

@@ -40,9 +40,6 @@ struct LoadedFile {
   std::unique_ptr<FileRecord> record;
 };
 
-LoadedFile loadFile(FileReader& reader, int directory, const char* name, bool isLinked,
-                    FileReader::Changes changes);
-
 // What is to be loaded from one directory.
 struct LoadOrder {
   Descriptor directory;
@@ -52,7 +49,8 @@ struct LoadOrder {
   std::function<void(LoadedFile)> take;
 };
 
-// Returns when all are loaded. Large loads are shared with threads that live as long as the load.
+// Returns when all are loaded. Large loads are shared with threads that live
+// as long as the load.
 void loadFiles(std::vector<LoadOrder>& orders);
 
 }  // namespace tidemark::local
