@@ -113,37 +113,37 @@ void CollectionTree::scan(CollectionDirectory& directory) {
   for (const std::string& name : gone) checkName(directory, name);
   const bool isListed = static_cast<bool>(opened);
   if (isListed) readOwnState(directory, opened.get());
-  if (directory.depth > 0) scanFiles(directory, std::move(opened), listing->items);
+  if (directory.depth > 0) scanFiles(directory, std::move(opened), std::move(listing->items));
   directory.isListed = isListed;
 }
 
 void CollectionTree::scanFiles(CollectionDirectory& directory, Descriptor opened,
-                               const FileNames& listed) {
-  const bool isFirst = !directory.isListed;
+                               FileNames listed) {
+  if (!directory.isListed) {
+    for (std::size_t index = 0; index < listed.size(); ++index) {
+      if (listed.isLinked(index)) watchTarget(directory, listed.name(index));
+    }
+    directory.items->expect(listed.size());
+    order(directory, std::move(opened), std::move(listed), FileNews::contents);
+    return;
+  }
   std::unordered_set<std::string_view> present;
   FileNames names;
   for (std::size_t index = 0; index < listed.size(); ++index) {
     const char* name = listed.name(index);
-    if (!isFirst) {
-      present.insert(name);
-      const FileRecord* former = directory.items->file(name);
-      if (former != nullptr && isUnchanged(*former, opened.get(), name)) continue;
-      if (isHalfWritten(directory, opened.get(), name)) continue;
-    }
+    present.insert(name);
+    const FileRecord* former = directory.items->file(name);
+    if (former != nullptr && isUnchanged(*former, opened.get(), name)) continue;
+    if (isHalfWritten(directory, opened.get(), name)) continue;
     if (listed.isLinked(index)) watchTarget(directory, name);
     names.add(name, listed.isLinked(index));
   }
-  if (!isFirst) {
-    std::vector<std::string> gone;
-    directory.items->forEachFile([&](const FileRecord& file) {
-      if (std::string name = file.name(); !present.contains(name)) gone.push_back(std::move(name));
-    });
-    for (const std::string& name : gone) forget(directory, name);
-  } else {
-    directory.items->expect(names.size());
-  }
-  order(directory, std::move(opened), std::move(names),
-        isFirst ? FileNews::contents : FileNews::suspected);
+  std::vector<std::string> gone;
+  directory.items->forEachFile([&](const FileRecord& file) {
+    if (std::string name = file.name(); !present.contains(name)) gone.push_back(std::move(name));
+  });
+  for (const std::string& name : gone) forget(directory, name);
+  order(directory, std::move(opened), std::move(names), FileNews::suspected);
 }
 
 void CollectionTree::readOwnState(CollectionDirectory& directory, int opened) {

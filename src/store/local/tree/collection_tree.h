@@ -74,7 +74,7 @@ class CollectionTree {
   // collection_scan.cpp
   void settle(CollectionDirectory& directory);
   void scan(CollectionDirectory& directory);
-  void scanFiles(CollectionDirectory& directory, Descriptor opened, const FileNames& listed);
+  void scanFiles(CollectionDirectory& directory, Descriptor opened, FileNames listed);
   void readOwnState(CollectionDirectory& directory, int opened);
   void checkName(CollectionDirectory& directory, const std::string& name);
   void checkFiles(CollectionDirectory& directory);

@@ -9,6 +9,10 @@
 
 #include "store/local/text/calendar_reader.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace tidemark::local {
 namespace {
 
@@ -139,6 +143,13 @@ bool areCold(Portions& portions) {
   return std::chrono::steady_clock::now() - begin > filesAtATime * warmFile;
 }
 
+// What many names took stands between what was read, where the C library would keep it.
+void returnFreeMemory() {
+#if defined(__GLIBC__)
+  ::malloc_trim(0);
+#endif
+}
+
 }  // namespace
 
 void FileNames::add(std::string_view name, bool isLinked) {
@@ -163,6 +174,8 @@ void loadFiles(std::vector<LoadOrder>& orders) {
   }
   loadPortions(portions);
   for (std::thread& helper : helpers) helper.join();
+  orders.clear();
+  if (files >= filesWorthAThread) returnFreeMemory();
 }
 
 }  // namespace tidemark::local

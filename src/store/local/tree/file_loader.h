@@ -49,7 +49,7 @@ struct LoadOrder {
   std::function<void(LoadedFile)> take;
 };
 
-// Returns when all are loaded. Large loads are shared with threads that live
+// Returns when all are loaded, and leaves no orders. Large loads are shared with threads that live
 // as long as the load.
 void loadFiles(std::vector<LoadOrder>& orders);
 
