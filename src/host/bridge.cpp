@@ -19,6 +19,10 @@
 #include "store/current_store.h"
 #include "store/local_dates.h"
 
+#if defined(__GLIBC__)
+#include <malloc.h>
+#endif
+
 namespace tidemark {
 namespace {
 
@@ -36,6 +40,15 @@ void silenceDeath() {
   std::signal(SIGPIPE, SIG_IGN);
   // The default handler writes to standard error.
   std::set_terminate([] { std::abort(); });
+}
+
+// By default each thread gets a heap of its own from the C library, which grows by single pages,
+// each with a system call; and what one thread frees is of no use to the others. The threads here
+// seldom meet.
+void useOneHeap() {
+#if defined(__GLIBC__)
+  static_cast<void>(::mallopt(M_ARENA_MAX, 1));
+#endif
 }
 
 std::optional<pid_t> relaunch() {
@@ -73,6 +86,7 @@ void sayReady() {
 int runBridge(const std::function<std::unique_ptr<Store>()>& makeStore) {
   openStandardDescriptors();
   silenceDeath();
+  useOneHeap();
   if (const auto child = relaunch()) return waitForChild(*child);
 
   store = makeStore().release();
