@@ -1,7 +1,7 @@
 """What is left of people's calendars when the bridge is killed or the disk fails during each command that writes.
 
 Like item_file_safety_test.py, but from outside: each command is sent to the built program, with every fault at every
-call by which it changes a file. Takes the program and the fault injector as arguments.
+call by which it changes a file. Takes the program, the fault injector and calendar_complaints as arguments.
 """
 
 import json
@@ -13,6 +13,9 @@ import unittest
 from pathlib import Path
 
 import faults
+
+sys.path.append(str(Path(__file__).resolve().parent.parent / "support"))
+import written_files  # noqa: E402
 
 EVENT = """BEGIN:VCALENDAR
 VERSION:2.0
@@ -110,6 +113,7 @@ KEPT = 'X-DESK-COLOUR;X-SHADE="dark;er":teal'
 LUNCH = {"eventId": "work:lunch"}
 SECOND = {"eventId": "work:series", "occurrence": "2025-06-03T12:00:00Z"}
 MILK = {"reminderId": "tasks:milk"}
+QUERY = {"id": "query", "cmd": "events", "from": "2025-01-01T00:00:00Z", "to": "2026-01-01T00:00:00Z"}
 START = {"start": "2025-07-01T10:00:00Z", "end": "2025-07-01T11:00:00Z"}
 
 COMMANDS = (
@@ -138,7 +142,7 @@ class Bench:
     """A home folder with two calendars and a list, and the bridge over it."""
 
     def __init__(self):
-        self.root = Path(tempfile.mkdtemp(prefix="bridge-safety-"))
+        self.root = Path(tempfile.mkdtemp(prefix="bridge-safety-", dir=faults.SCRATCH))
         self.calendars = self.root / "data" / "calendars"
         self.injector = faults.Injector(LIBRARY, self.calendars, self.root / "log")
 
@@ -158,18 +162,26 @@ class Bench:
             (self.calendars / path).write_bytes(text.encode())
 
     def ask(self, request, plan=""):
-        """Sends the request to a new process. Returns how that went, and the reply if there was one."""
+        """Sends the request to a new process, and a query after it, which must work.
+
+        Returns how that went, and the reply if there was one.
+        """
         environment = {
             "HOME": str(self.root),
             "XDG_DATA_HOME": str(self.root / "data"),
             "TZ": "Europe/Berlin",
             "TIDEMARK_DESKTOP": "1",
         }
-        line = json.dumps(request) + "\n"
-        outcome = self.injector.run([PROGRAM], plan=plan, environment=environment, text=line)
+        text = json.dumps(request) + "\n" + json.dumps(QUERY) + "\n"
+        outcome = self.injector.run([PROGRAM], plan=plan, environment=environment, text=text)
+        if READER.complaints(self.calendars):
+            raise AssertionError(f"libical cannot read what {request} left behind")
         replies = [json.loads(text) for text in outcome.output.splitlines()]
         replies = [reply for reply in replies if "event" not in reply or "id" in reply]
-        return outcome, replies[0] if replies else None
+        after = [reply for reply in replies if reply["id"] == QUERY["id"]]
+        if not outcome.was_killed and (not after or "error" in after[0]):
+            raise AssertionError(f"the query after {request} failed: {replies}")
+        return outcome, next((reply for reply in replies if reply["id"] != QUERY["id"]), None)
 
     def items(self):
         return faults.visible_items(self.calendars)
@@ -208,5 +220,6 @@ class EveryFaultInEveryCommand(unittest.TestCase):
 
 
 if __name__ == "__main__":
-    PROGRAM, LIBRARY = map(os.path.abspath, sys.argv[1:3])
-    unittest.main(argv=sys.argv[:1] + sys.argv[3:])
+    PROGRAM, LIBRARY, CALENDAR_COMPLAINTS = map(os.path.abspath, sys.argv[1:4])
+    with written_files.Reader(CALENDAR_COMPLAINTS) as READER:
+        unittest.main(argv=sys.argv[:1] + sys.argv[4:])

@@ -52,7 +52,7 @@ class Bench:
 
     def __init__(self, change):
         self.change = change
-        self.root = Path(tempfile.mkdtemp(prefix="safety-"))
+        self.root = Path(tempfile.mkdtemp(prefix="safety-", dir=faults.SCRATCH))
         self.tree = self.root / "tree"
         self.collection = self.tree / "collection"
         self.injector = faults.Injector(LIBRARY, self.tree, self.root / "log")
