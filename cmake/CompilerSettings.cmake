@@ -2,11 +2,16 @@
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_OBJCXX_STANDARD 20)
+set(CMAKE_OBJCXX_STANDARD_REQUIRED ON)
 set(CMAKE_C_STANDARD 11)
 
 add_library(tidemark_settings INTERFACE)
 target_compile_options(tidemark_settings INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wno-sign-conversion -Wnon-virtual-dtor)
+if(APPLE)
+  target_compile_options(tidemark_settings INTERFACE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)
+endif()
 if(TIDEMARK_WERROR)
   target_compile_options(tidemark_settings INTERFACE -Werror)
 endif()

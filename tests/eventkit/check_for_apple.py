@@ -49,7 +49,8 @@ def target(version):
 
 
 WARNINGS = [
-    "-Wall", "-Wextra", "-Werror", "-Wunguarded-availability", "-Wnullable-to-nonnull-conversion",
+    "-Wall", "-Wextra", "-Wpedantic", "-Wshadow", "-Wconversion", "-Wno-sign-conversion", "-Wnon-virtual-dtor",
+    "-Werror", "-Wunguarded-availability", "-Wnullable-to-nonnull-conversion",
     "-Wobjc-missing-super-calls", "-Wimplicit-retain-self", "-Warc-repeated-use-of-weak"]
 
 

@@ -42,6 +42,7 @@ BridgeProcess::BridgeProcess(const std::function<std::unique_ptr<Store>()>& make
       ::close(ends[0]);
       ::close(ends[1]);
     }
+    ::setenv("TIDEMARK_DESKTOP", "1", 1);  // macOS would start the test program again
     std::_Exit(runBridge(makeStore));
   }
   ::close(input[0]);
