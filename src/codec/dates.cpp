@@ -5,7 +5,7 @@
 #include <chrono>
 #include <cstring>
 
-#include "store/local_dates.h"
+#include "codec/days.h"
 
 namespace tidemark {
 namespace {
@@ -27,19 +27,6 @@ std::optional<unsigned> digitsBelow(unsigned limit, std::string_view text) {
   const std::optional<unsigned> number = digits(text);
   if (!number || *number >= limit) return std::nullopt;
   return number;
-}
-
-// YYYY-MM-DD, all of the text.
-std::optional<std::chrono::year_month_day> parseDay(std::string_view text) {
-  if (text.size() != dateSize || text[4] != '-' || text[7] != '-') return std::nullopt;
-  const auto year = digits(text.substr(0, 4));
-  const auto month = digits(text.substr(5, 2));
-  const auto day = digits(text.substr(8, 2));
-  if (!year || !month || !day) return std::nullopt;
-  const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(*year)),
-                                         std::chrono::month(*month), std::chrono::day(*day)};
-  if (!date.ok()) return std::nullopt;
-  return date;
 }
 
 // HH:MM:SS, all of the text.
@@ -96,9 +83,21 @@ std::int64_t wholeSeconds(double seconds) {
 
 }  // namespace
 
+std::optional<std::chrono::year_month_day> parseGregorianDay(std::string_view text) {
+  if (text.size() != dateSize || text[4] != '-' || text[7] != '-') return std::nullopt;
+  const auto year = digits(text.substr(0, 4));
+  const auto month = digits(text.substr(5, 2));
+  const auto day = digits(text.substr(8, 2));
+  if (!year || !month || !day) return std::nullopt;
+  const std::chrono::year_month_day date{std::chrono::year(static_cast<int>(*year)),
+                                         std::chrono::month(*month), std::chrono::day(*day)};
+  if (!date.ok()) return std::nullopt;
+  return date;
+}
+
 std::optional<Instant> DateTimeReader::parse(std::string_view text) const {
   if (text.size() <= dateTimeSize || text[dateSize] != 'T') return std::nullopt;
-  const auto day = parseDay(text.substr(0, dateSize));
+  const auto day = parseGregorianDay(text.substr(0, dateSize));
   const auto time = parseTime(text.substr(dateSize + 1, dateTimeSize - dateSize - 1));
   if (!day || !time) return std::nullopt;
 
@@ -148,8 +147,7 @@ std::optional<Instant> parseDate(const Json* value) {
   if (text == nullptr) return std::nullopt;
   if (const auto instant = iso.parse(*text)) return instant;
   if (const auto instant = isoFractional.parse(*text)) return instant;
-  if (const auto day = parseDay(*text)) return startOfDay(*day);
-  return std::nullopt;
+  return parseUsersDay(*text);
 }
 
 }  // namespace tidemark
