@@ -204,17 +204,21 @@ TEST_F(EventKit, ExceptionOfAFetchDeliversNothing) {
 
 TEST_F(EventKit, ExceptionOfAnAccessRequestIsItsErrorOnAnotherThread) {
   eventkit::raiseOnNext("requestFullAccess", "no usage string");
-  Arrivals arrivals;
-  AccessResult result;
-  std::thread::id thread;
-  store().requestFullAccessToEvents([&](AccessResult given) {
-    result = std::move(given);
-    thread = std::this_thread::get_id();
-    arrivals.arrive();
+  struct Completion {
+    Arrivals arrivals;
+    AccessResult result;
+    std::thread::id thread;
+  };
+  // The other thread may still be in arrive() when this test is over.
+  const auto completion = std::make_shared<Completion>();
+  store().requestFullAccessToEvents([completion](AccessResult given) {
+    completion->result = std::move(given);
+    completion->thread = std::this_thread::get_id();
+    completion->arrivals.arrive();
   });
-  ASSERT_TRUE(arrivals.waitFor(1));
-  EXPECT_EQ(result.error, "no usage string");
-  EXPECT_NE(thread, std::this_thread::get_id());
+  ASSERT_TRUE(completion->arrivals.waitFor(1));
+  EXPECT_EQ(completion->result.error, "no usage string");
+  EXPECT_NE(completion->thread, std::this_thread::get_id());
 }
 
 // --- resets
@@ -325,13 +329,16 @@ TEST_F(EventKit, TextsComeBackWhole) {
 // --- notices
 
 TEST(EventKitNotices, EachChangeIsToldOnceOnTheMainThread) {
-  Arrivals posted;
-  std::thread::id mainThread;
-  eventkit::runOnMainThread([&] {
-    mainThread = std::this_thread::get_id();
-    posted.arrive();
+  struct Main {
+    Arrivals posted;
+    std::thread::id thread;
+  };
+  const auto main = std::make_shared<Main>();
+  eventkit::runOnMainThread([main] {
+    main->thread = std::this_thread::get_id();
+    main->posted.arrive();
   });
-  ASSERT_TRUE(posted.waitFor(1));
+  ASSERT_TRUE(main->posted.waitFor(1));
 
   const auto arrivals = std::make_shared<Arrivals>();
   const auto threads = std::make_shared<std::set<std::thread::id>>();
@@ -346,7 +353,7 @@ TEST(EventKitNotices, EachChangeIsToldOnceOnTheMainThread) {
   for (int i = 0; i < changes; ++i) served->addCalendar({"Work"});
   ASSERT_TRUE(arrivals->waitFor(changes));
   EXPECT_EQ(arrivals->count(), changes);
-  EXPECT_THAT(*threads, ElementsAre(mainThread));
+  EXPECT_THAT(*threads, ElementsAre(main->thread));
 }
 
 }  // namespace

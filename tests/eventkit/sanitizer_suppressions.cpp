@@ -9,7 +9,7 @@ const char* __lsan_default_suppressions() {
 
 const char* __tsan_default_suppressions();
 const char* __tsan_default_suppressions() {
-  return "deadlock:libgnustep-base\ndeadlock:libobjc\n";
+  return "deadlock:libgnustep-base\ndeadlock:libobjc\nrace:libgnustep-base\n";
 }
 
 }  // extern "C"
