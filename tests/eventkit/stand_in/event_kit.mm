@@ -90,6 +90,13 @@ NSError* error(const std::string& text) {
                                                               forKey:NSLocalizedDescriptionKey]];
 }
 
+void post() {
+  NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+  [[NSNotificationCenter defaultCenter] postNotificationName:EKEventStoreChangedNotification
+                                                      object:(id)world().events.load()];
+  [pool release];
+}
+
 }  // namespace
 
 void serve(Store& store) {
@@ -97,13 +104,13 @@ void serve(Store& store) {
 }
 
 void postChanges() {
-  world().store->setChangeObserver([] {
-    NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-    [[NSNotificationCenter defaultCenter] postNotificationName:EKEventStoreChangedNotification
-                                                        object:(id)world().events.load()];
-    [pool release];
-  });
-  std::thread([] { world().store->run(); }).detach();
+  NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
+  // The loop runs once there is an observer: what is posted earlier would be lost.
+  [[NSOperationQueue mainQueue] addOperationWithBlock:^{
+    world().store->setChangeObserver(post);
+    std::thread([] { world().store->run(); }).detach();
+  }];
+  [pool release];
 }
 
 void raiseOnNext(const std::string& operation, const std::string& reason) {

@@ -23,7 +23,7 @@ namespace tidemark::eventkit {
 // EventKit's contents from here on. `store` outlives whatever was made of it.
 void serve(Store& store);
 
-// Has the served store's changes posted, to the end of the process. Before other threads use it.
+// Has the served store's changes posted, from when the main loop runs to the end of the process.
 void postChanges();
 
 // The next operation of that name ("saveEvent", "eventsMatchingPredicate", "setDueDate", ...)
