@@ -278,6 +278,8 @@ TEST_F(EventKit, EventThatIsGoneAfterAResetIsNotSaved) {
   fixture().removeEvent(std::string(*event->eventIdentifier()));
   store().reset();
   event->setTitle("Back again");
+  EXPECT_EQ(event->title(), "Tea");
+  EXPECT_NE(event->calendar(), nullptr);
   EXPECT_EQ(errorOf(store().saveEvent(*event)), "The item does not exist.");
   EXPECT_THAT(titlesFrom(ten, eleven), IsEmpty());
 }

@@ -63,7 +63,7 @@ class NativeItem {
       Native* const native = current();
       changes_.push_back(std::move(change));
       changes_.back()(native);
-      read(native);
+      if (native != nil) read(native);
     });
     if (raised) failure_ = std::move(raised);
   }
