@@ -72,10 +72,11 @@ def ical_js():
     return next((place / "ical.js" for place in places if (place / "ical.js").exists()), None)
 
 
-def output_of(*command):
-    """What the program prints; None when it takes too long or fails."""
+def output_of(*command, timeout=None):
+    """What the program prints; None when it fails or takes too long."""
     try:
-        return subprocess.run(command, check=True, stdout=subprocess.PIPE, text=True, timeout=LONGEST).stdout
+        return subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
+                              timeout=timeout).stdout
     except (subprocess.TimeoutExpired, subprocess.CalledProcessError) as reason:
         print(f"left out: {reason}", flush=True)
         return None
@@ -87,10 +88,10 @@ def time_others(scratch, others, rows):
         root = scratch / f"store-{items}" / "calendars"
         if package:
             began = time.monotonic()
-            if output_of("node", str(others / "ical_js_week.mjs"), str(package), str(root)):
+            if output_of("node", str(others / "ical_js_week.mjs"), str(package), str(root), timeout=LONGEST):
                 rows.setdefault(("ical.js", "measured"), {})[items] = time.monotonic() - began
         if shutil.which("khal"):
-            times = output_of(sys.executable, str(others / "khal_week.py"), str(root), str(scratch / "khal"))
+            times = output_of(sys.executable, str(others / "khal_week.py"), str(root), str(scratch / "khal"), f"{LONGEST}")
             for row, seconds in zip(("khal, first run", "khal, with its index"), (times or "").split()):
                 rows.setdefault((row, "measured"), {})[items] = float(seconds)
 
