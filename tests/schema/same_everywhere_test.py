@@ -1,12 +1,43 @@
-"""Holds the schema, docs/protocol.md and the sources against each other: commands, keys and messages."""
+"""Holds the schema, docs/protocol.md, the sources and the records against each other: commands, keys and messages.
 
+Usage: same_everywhere_test.py PATH_OF_THE_SIMULATOR
+"""
+
+import json
+import pathlib
 import re
+import sys
+import tempfile
 import unittest
 
 from protocol_schema import COMMANDS, DEFINITIONS, ROOT, resolved
 
+sys.path.insert(0, str(ROOT / "examples/python"))
+from bridge import Bridge  # noqa: E402
+
 PAGE = (ROOT / "docs/protocol.md").read_text(encoding="utf-8")
 CODE_SPAN = re.compile(r"(`+) ?(.+?) ?\1(?!`)")
+DATE = "2026-03-24T09:00:00Z"
+# A calendar, an event and a reminder that have all that there is, and those that have the least.
+RECORDS = {
+    "sources": [{"id": "s", "title": "S"}],
+    "calendars": [
+        {"id": "full", "title": "F", "source": "s", "color": {"space": "sRGB", "components": [1, 1, 1]}},
+        {"id": "least", "title": "L", "source": "s"},
+        {"id": "full list", "title": "F", "source": "s", "type": 1, "color": {"space": "sRGB", "components": [1, 1, 1]}},
+        {"id": "least list", "title": "L", "source": "s", "type": 1},
+    ],
+    "events": [
+        {"id": "full", "title": "F", "calendar": "full", "start": DATE, "end": DATE, "occurrence": DATE, "lastModified": DATE,
+         "notes": "n", "url": "u:", "location": "l", "attendees": []},
+        {"id": "least", "calendar": "least"},
+    ],
+    "reminders": [
+        {"id": "full", "title": "F", "list": "full list", "due": {"year": 2026, "month": 3, "day": 24}, "notes": "n"},
+        # Shown by its completion: a due date that is no date is none.
+        {"id": "least", "list": "least list", "completed": True, "completionDate": DATE, "due": {}},
+    ],
+}
 ACCESS_MESSAGES = {"no calendar access:", "no reminders access:"}
 
 
@@ -55,10 +86,6 @@ def error_messages(command):
     return messages(resolved(DEFINITIONS[f"{command}.error"]).get("properties", {}).get("error", {}))
 
 
-def function_body(code, name):
-    return re.search(rf"^void {name}.*?^}}", code, re.DOTALL | re.MULTILINE).group()
-
-
 class SameEverywhere(unittest.TestCase):
     def test_commands(self):
         dispatched = re.findall(r'^ +\{"([a-z-]+)", ', source("src/host/dispatcher.cpp"), re.MULTILINE)
@@ -73,24 +100,24 @@ class SameEverywhere(unittest.TestCase):
                 {option["$ref"] for option in DEFINITIONS[kind][union]})
 
     def test_keys_of_records(self):
-        code = source("src/codec/records.cpp")
-        for name, argument in [("calendar", "Calendar"), ("event", "Event"), ("reminder", "Reminder")]:
+        with tempfile.TemporaryDirectory() as scratch:
+            scenario = pathlib.Path(scratch, "records.json")
+            scenario.write_text(json.dumps(RECORDS), encoding="utf-8")
+            with Bridge(sys.argv[1], str(scenario), environment={"TZ": "UTC"}) as bridge:
+                year = {"from_": "2026-01-01", "to": "2027-01-01"}
+                shown = {"calendar": bridge.ask("calendars")["calendars"], "event": bridge.ask("events", **year)["events"],
+                         "reminder": bridge.ask("reminders", **year)["reminders"]}
+        for name, records in shown.items():
             with self.subTest(name):
-                record = DEFINITIONS[name]
-                body = function_body(code, rf"RecordEncoder::encode\(const {argument}& ")
-                # What a record says of its calendar: two keys named here, the others there.
-                if names := re.search(r'addCalendar\(\w+, "(\w+)", "(\w+)"\)', body):
-                    body += function_body(code, r"RecordEncoder::addCalendar\(")
-                always = set(re.findall(r'writer_\.member\("(\w+)"', body)) | set(names.groups() if names else ())
-                sometimes = set(re.findall(r'add\w+\(writer_, "(\w+)"', body))
-                sometimes |= {key.lower() for key in re.findall(r"add(Color|Attendees)\(writer_", body)}
-                self.assertEqual(set(record["required"]), always)
-                self.assertEqual(set(record["properties"]), always | sometimes)
+                keys = {record["id"]: set(record) for record in records}
+                definition = DEFINITIONS[name]
+                self.assertEqual(set(definition["properties"]), keys["full"])
+                self.assertEqual(set(definition["required"]), keys["least"])
 
-                rows = table_rows(section(f"### {argument} record"))
+                rows = table_rows(section(f"### {name.capitalize()} record"))
                 documented = {key: row[2] for row in rows for key in code_spans(row[0])}
-                self.assertEqual(set(record["properties"]), set(documented))
-                self.assertEqual(set(record["required"]), {key for key, when in documented.items() if when == "yes"})
+                self.assertEqual(set(definition["properties"]), set(documented))
+                self.assertEqual(set(definition["required"]), {key for key, when in documented.items() if when == "yes"})
 
     def test_keys_of_requests(self):
         read = set(re.findall(r'(?:request, |request\.find\()"(\w+)"', sources("access", "events", "reminders")))
@@ -140,4 +167,4 @@ class SameEverywhere(unittest.TestCase):
                 self.assertEqual(refusals, set(), command)
 
 
-unittest.main()
+unittest.main(argv=[sys.argv[0]])
