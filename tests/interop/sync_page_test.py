@@ -13,9 +13,11 @@ class SyncPage(unittest.TestCase):
     def test_commands(self):
         with caldav_server() as url, homes("home", server_url=url) as [home]:
             make_calendar(url, "kids", "Kids", "#F57C00FF")
+            make_calendar(url, "tasks", "Tasks", component="VTODO")
             outputs = [home.run(commands) for _, commands in blocks_of("docs/sync.md", "sh")]
-            self.assertEqual(len(outputs), 4)
-            answers = [json.loads(line) for line in outputs[1].splitlines()]
+            self.assertEqual(len(outputs), 5)
+            answers = [json.loads(line) for line in outputs[2].splitlines()]
+            # The list is none of the calendars, since the page's commands say that it is for reminders.
             [calendar] = next(answer["calendars"] for answer in answers if "id" in answer)
             self.assertEqual((calendar["id"], calendar["title"], calendar["source"], calendar["color"]),
                              ("family/kids", "Kids", "family", "#F57C00"))
