@@ -40,6 +40,7 @@ using Text = std::unique_ptr<char, Free>;
 // a child must not be started with fewer.
 std::optional<std::vector<Text>> copiesOf(std::span<const char* const> texts) {
   std::vector<Text> copies;
+  copies.reserve(texts.size());
   for (const char* text : texts) {
     copies.emplace_back(::strdup(text));
     if (!copies.back()) return std::nullopt;

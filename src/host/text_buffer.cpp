@@ -4,17 +4,17 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdint>
+#include <memory>
 #include <new>
 
 namespace tidemark {
 
 void TextBuffer::offerMemory() {
-  const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
-  const auto begin = (reinterpret_cast<std::uintptr_t>(bytes_.get()) + page - 1) / page * page;
-  const auto end = (reinterpret_cast<std::uintptr_t>(bytes_.get()) + capacity_) / page * page;
-  if (begin >= end) return;
-  static_cast<void>(::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_FREE));
+  const auto page = static_cast<std::size_t>(::sysconf(_SC_PAGESIZE));
+  void* begin = bytes_.get();
+  std::size_t size = capacity_;
+  if (std::align(page, page, begin, size) == nullptr) return;
+  static_cast<void>(::madvise(begin, size / page * page, MADV_FREE));
 }
 
 void TextBuffer::grow(std::size_t room) {

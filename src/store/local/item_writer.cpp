@@ -132,7 +132,7 @@ StoreResult move(const ItemPlace& place, const ItemName& name, const MoveTarget&
   StoreResult moved =
       rewriteItemFile(place.directory, place.fileName, [&](std::string_view current) -> Rewrite {
         const std::string item = extractItem(current, place.fileName, name.uid);
-        const Rewrite changed = item.empty() ? Rewrite{std::nullopt, itemIsGone} : change(item);
+        Rewrite changed = item.empty() ? Rewrite{std::nullopt, itemIsGone} : change(item);
         if (!changed.text) return changed;
         if (leftOver) {
           if (withoutStamps(*changed.text) != *leftOver) return {std::nullopt, isThereAlready};
@@ -224,13 +224,14 @@ StoreResult changeItem(const ItemPlace& place, const ItemName& name, const TodoC
 StoreResult moveItem(const ItemPlace& place, const ItemName& name, const EventChange& change,
                      const MoveTarget& target) {
   return move(place, name, target, [&](std::string_view item) {
-    return rewriteOf(changeEvent(item, place.fileName, name, change, now()));
+    // Alone in its text, and without a UID, it is what this says.
+    return rewriteOf(changeEvent(item, name.uid, name, change, now()));
   });
 }
 
 StoreResult moveItem(const ItemPlace& place, const ItemName& name, const TodoChange& change,
                      const MoveTarget& target) {
-  TodoChanger changer(target.directory, place.fileName, name, change);
+  TodoChanger changer(target.directory, name.uid, name, change);
   StoreResult moved = move(place, name, target, std::ref(changer));
   if (!moved) changer.takeBack();
   return moved;

@@ -104,6 +104,25 @@ TEST(EventEditor, LeavesOtherUidsAlone) {
             (std::vector<std::string>{"SUMMARY:a", "SUMMARY:b", "SUMMARY:a"}));
 }
 
+TEST(EventEditor, ChangesOneOfSeveralWithoutAUid) {
+  const auto event = [](const std::string& day, const std::string& title) {
+    return crlf({"BEGIN:VEVENT", "DTSTART;VALUE=DATE:" + day, "SUMMARY:" + title, "END:VEVENT"});
+  };
+  const std::string head = crlf({"BEGIN:VCALENDAR"}), tail = crlf({"END:VCALENDAR"});
+  const std::string first = event("20250701", "a"), third = event("20250703", "c");
+  const std::string text = head + first + event("20250702", "b") + third + tail;
+  const ItemName second{fileName + "/20250702/b", {}};
+  const Edit edit = changeEvent(text, fileName, second, titled("d"), now);
+  ASSERT_EQ(edit.outcome, Edit::Outcome::changed);
+  EXPECT_TRUE(edit.text.starts_with(head + first)) << edit.text;
+  EXPECT_TRUE(edit.text.ends_with(third + tail)) << edit.text;
+  EXPECT_EQ(linesOf(edit.text, "SUMMARY"),
+            (std::vector<std::string>{"SUMMARY:a", "SUMMARY:d", "SUMMARY:c"}));
+  EXPECT_EQ(removeEvent(text, fileName, second, now).text, head + first + third + tail);
+  // None of them has the file's name alone.
+  EXPECT_EQ(removeEvent(text, fileName, {fileName, {}}, now).outcome, Edit::Outcome::missing);
+}
+
 TEST(EventEditor, TheFileNameStandsInForAUid) {
   const std::string text = crlf({"BEGIN:VCALENDAR", "BEGIN:VEVENT", "DTSTART:20250701T100000Z",
                                  "END:VEVENT", "END:VCALENDAR"});

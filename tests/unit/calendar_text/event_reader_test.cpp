@@ -15,6 +15,7 @@ using testing::instant;
 using testing::linesOf;
 using testing::onlyItemOf;
 using testing::reading;
+using testing::todoOf;
 
 constexpr std::string_view someStart = "DTSTART:20250101T100000Z";
 
@@ -135,6 +136,27 @@ TEST(EventReader, KeepsNothingOfTheTextBefore) {
   EXPECT_EQ(second.items[0]->location(), "Other text");
   EXPECT_EQ(second.items[0]->attendeeCount(), 0u);
   EXPECT_EQ(first.items[0]->title(), "Folded text");
+}
+
+TEST(EventReader, TellsItemsWithoutAUidApart) {
+  const auto uids = [](const std::string& text) {
+    std::vector<std::string> found;
+    for (const auto& item : readCalendar(text, "tour.ics").items) found.emplace_back(item->uid());
+    return found;
+  };
+  using Uids = std::vector<std::string>;
+  const std::string monday = eventOf({"DTSTART:20250106", "SUMMARY:Folded\\, \r\n title"});
+  const std::string tuesday = eventOf({"SUMMARY:Late", "DTSTART:20250107T200000"});
+  EXPECT_EQ(uids(monday + tuesday + eventOf({"UID:own", someStart})),
+            (Uids{"tour.ics/20250106/Folded, title", "tour.ics/20250107T200000/Late", "own"}));
+  // The name says nothing of where in the file it stands.
+  EXPECT_EQ(uids(tuesday + eventOf({"DTSTART:20250108"}) + monday),
+            (Uids{"tour.ics/20250107T200000/Late", "tour.ics/20250108/",
+                  "tour.ics/20250106/Folded, title"}));
+  // One of its kind has the file's name.
+  EXPECT_EQ(uids(monday + todoOf({"DUE:20250107"})), (Uids{"tour.ics", "tour.ics"}));
+  EXPECT_EQ(uids(monday + eventOf({"DTSTART:20250113", "RECURRENCE-ID:20250106"})),
+            (Uids{"tour.ics", "tour.ics"}));
 }
 
 TEST(EventReader, SaysWhetherTheCalendarEnds) {

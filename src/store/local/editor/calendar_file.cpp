@@ -1,7 +1,6 @@
 #include "store/local/editor/calendar_file.h"
 
 #include <algorithm>
-#include <unordered_map>
 #include <utility>
 
 #include "store/local/editor/content_line_writer.h"
@@ -70,6 +69,9 @@ CalendarFile::CalendarFile(std::string_view text, std::string_view fileName)
       isInterrupted_(tree_.components().size()),
       calendar_(readCalendar(text, fileName)),
       fileName_(fileName) {
+  for (std::size_t at = 0; at < calendar_.items.size(); ++at) {
+    itemAt_.emplace(calendar_.begins[at], calendar_.items[at].get());
+  }
   findInterrupted();
 }
 
@@ -85,18 +87,14 @@ void CalendarFile::findInterrupted() {
 }
 
 ItemFamily CalendarFile::family(ItemKind kind, std::string_view uid) const {
-  std::unordered_map<std::size_t, std::size_t> componentAt;
-  for (std::size_t at = 0; at < tree_.components().size(); ++at) {
-    if (tree_.components()[at].isClosed) componentAt.emplace(tree_.components()[at].begin, at);
-  }
   ItemFamily family;
-  for (std::size_t at = 0; at < calendar_.items.size(); ++at) {
-    const Item& item = *calendar_.items[at];
-    if (item.kind != kind || item.uid() != uid) continue;
-    const auto component = componentAt.find(calendar_.begins[at]);
-    if (component == componentAt.end()) continue;
-    if (!isSameItem(tree_, component->second, item)) continue;
-    const Entry entry{&item, component->second};
+  for (std::size_t at = 0; at < tree_.components().size(); ++at) {
+    if (!tree_.components()[at].isClosed) continue;
+    const auto found = itemAt_.find(tree_.components()[at].begin);
+    if (found == itemAt_.end()) continue;
+    const Item& item = *found->second;
+    if (item.kind != kind || item.uid() != uid || !isSameItem(tree_, at, item)) continue;
+    const Entry entry{&item, at};
     if (item.recurrenceId) {
       family.overrides.push_back(entry);
     } else if (!family.master || countsBefore(item, *family.master->item)) {
@@ -123,8 +121,10 @@ bool CalendarFile::isItem(std::size_t component, std::optional<ItemKind> kind) c
 }
 
 std::string CalendarFile::uidOf(std::size_t component) const {
-  const std::string uid = readable(ownValue(tree_, component, "UID"));
-  return uid.empty() ? std::string(fileName_) : uid;
+  std::string uid = readable(ownValue(tree_, component, "UID"));
+  if (!uid.empty()) return uid;
+  const auto item = itemAt_.find(tree_.components()[component].begin);
+  return std::string(item == itemAt_.end() ? fileName_ : item->second->uid());
 }
 
 void FileEdit::replace(const ComponentEditor& editor) {

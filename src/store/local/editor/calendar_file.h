@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "store/local/editor/calendar_editor.h"
@@ -40,6 +41,8 @@ class CalendarFile {
   // to end with is another one's.
   std::vector<bool> isInterrupted_;
   CalendarText calendar_;
+  // By where their components begin.
+  std::unordered_map<std::size_t, const Item*> itemAt_;
   std::string_view fileName_;
 };
 

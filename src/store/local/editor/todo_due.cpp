@@ -65,7 +65,8 @@ std::optional<TimeText> dueText(const DateComponents& due) {
   WallSeconds wall =
       dayOf(*due.year, static_cast<unsigned>(month), static_cast<unsigned>(day)) * secondsPerDay;
   if (!due.hour) return timeTextOfWall(dateForm(), wall);
-  wall += *due.hour * secondsPerHour + due.minute.value_or(0) * 60 + due.second.value_or(0);
+  wall += WallSeconds{*due.hour} * secondsPerHour + due.minute.value_or(0) * 60 +
+          due.second.value_or(0);
   if (!due.timeZone) return timeTextOfWall(floatingForm(), wall);
   if (const auto offset = fixedOffsetOf(*due.timeZone)) {
     return timeTextOfWall({TimeForm::Kind::utc, &utcZone(), {}}, wall - *offset);

@@ -55,7 +55,8 @@ void appendDaysOfWeeks(const RecurrenceRule& rule, int year, std::vector<DayNumb
       return std::binary_search(rule.weekNumbers.begin(), rule.weekNumbers.end(), number);
     };
     if (!isNamed(week + 1) && !isNamed(week - count)) continue;
-    for (DayNumber day = first + 7 * week; day < first + 7 * (week + 1); ++day) {
+    const DayNumber begin = first + DayNumber{7} * week;
+    for (DayNumber day = begin; day < begin + 7; ++day) {
       if (passesDayParts(rule, day)) days.push_back(day);
     }
   }

@@ -22,9 +22,18 @@ std::optional<ItemKind> itemKindOf(std::string_view component) {
 }  // namespace
 
 CalendarText CalendarReader::read(std::string_view text, std::string_view fileName) {
+  read(text, fileName, ItemReader::Naming::byFile);
+  if (item_.needsNamingByContent()) {
+    read(text, fileName, ItemReader::Naming::byFileAndContent);
+  }
+  return std::move(result_);
+}
+
+void CalendarReader::read(std::string_view text, std::string_view fileName,
+                          ItemReader::Naming naming) {
   FileTimeZones zones(text);
   scanner_.restart(text);
-  item_.beginFile(zones, fileName);
+  item_.beginFile(zones, fileName, naming);
   result_ = {};
   open_.reset();
   while (const auto line = scanner_.next()) {
@@ -38,7 +47,6 @@ CalendarText CalendarReader::read(std::string_view text, std::string_view fileNa
       item_.read(name, *line);
     }
   }
-  return std::move(result_);
 }
 
 void CalendarReader::begin(std::string_view component, std::size_t position) {

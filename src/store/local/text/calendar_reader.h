@@ -29,10 +29,12 @@ struct CalendarText {
 // Reads one text after the other and keeps its room between them. One thread at a time.
 class CalendarReader {
  public:
-  // `fileName` names components without a UID.
+  // `fileName` names a component without a UID. Several of one kind are told apart by their time
+  // and title, too: a place in the file would be another one's as soon as one of them goes.
   CalendarText read(std::string_view text, std::string_view fileName);
 
  private:
+  void read(std::string_view text, std::string_view fileName, ItemReader::Naming naming);
   void begin(std::string_view component, std::size_t position);
   void end(std::string_view component);
 

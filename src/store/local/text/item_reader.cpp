@@ -79,9 +79,12 @@ void sortBy(List& list, Compare compare) {
 
 }  // namespace
 
-void ItemReader::beginFile(FileTimeZones& zones, std::string_view fileName) {
+void ItemReader::beginFile(FileTimeZones& zones, std::string_view fileName, Naming naming) {
   zones_ = &zones;
   fileName_ = fileName;
+  naming_ = naming;
+  hasUnnamed_ = {};
+  needsNamingByContent_ = false;
   lastParameters_ = {};
   if (readable_.size() > largestKeptRoom) readable_ = {};
 }
@@ -90,7 +93,7 @@ void ItemReader::begin(ItemKind kind) {
   item_ = {};
   item_.kind = kind;
   todo_ = kind == ItemKind::todo ? std::make_unique<Todo>() : nullptr;
-  uid_ = title_ = notes_ = location_ = url_ = {};
+  uid_ = title_ = notes_ = location_ = url_ = firstTime_ = {};
   busyStatus_.reset();
   isTransparent_ = false;
   attendees_.clear();
@@ -115,8 +118,10 @@ void ItemReader::read(PropertyName name, const ContentLine& line) {
     case PropertyName::dtend:
       return readMoment(item_.end, line);
     case PropertyName::dtstart:
+      keepFirst(firstTime_, line.value);
       return readMoment(item_.start, line);
     case PropertyName::due:
+      keepFirst(firstTime_, line.value);
       if (todo_) readMoment(todo_->due, line);
       return;
     case PropertyName::duration:
@@ -176,6 +181,10 @@ std::unique_ptr<Item> ItemReader::finish() {
   if (todo_) finishTodo();
   finishSeries();
   item_.todo = std::move(todo_);
+  if (uid_.empty() && !item_.recurrenceId) {
+    bool& hasUnnamed = hasUnnamed_[item_.kind == ItemKind::todo ? 1 : 0];
+    if (std::exchange(hasUnnamed, true)) needsNamingByContent_ = true;
+  }
   return Item::make(std::move(item_), readableTexts());
 }
 
@@ -292,7 +301,8 @@ void ItemReader::addExceptionsOnSeriesClock(const Moment& start) {
 }
 
 ItemTexts& ItemReader::readableTexts() {
-  std::size_t capacity = fileName_.size();
+  // The title may be in the name, too.
+  std::size_t capacity = fileName_.size() + firstTime_.size() + title_.size() + 2;
   for (const std::string_view raw : {uid_, title_, notes_, location_, url_}) capacity += raw.size();
   for (const RawAttendee& attendee : attendees_) {
     capacity += attendee.name.size() + attendee.address.size();
@@ -307,7 +317,17 @@ ItemTexts& ItemReader::readableTexts() {
     return std::string_view(begin, static_cast<std::size_t>(end - begin));
   };
   texts_.uid = write(uid_, Escapes::text);
-  if (texts_.uid.empty()) texts_.uid = write(fileName_, Escapes::none);
+  if (texts_.uid.empty()) {
+    const char* const begin = end;
+    write(fileName_, Escapes::none);
+    if (naming_ == Naming::byFileAndContent && !item_.recurrenceId) {
+      *end++ = '/';
+      write(firstTime_, Escapes::none);
+      *end++ = '/';
+      write(title_, Escapes::text);
+    }
+    texts_.uid = {begin, static_cast<std::size_t>(end - begin)};
+  }
   texts_.title = write(title_, Escapes::text);
   texts_.notes = write(notes_, Escapes::text);
   texts_.location = write(location_, Escapes::text);

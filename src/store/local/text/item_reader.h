@@ -3,6 +3,7 @@
 // One thread at a time.
 #pragma once
 
+#include <array>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -17,14 +18,19 @@ namespace tidemark::local {
 
 class ItemReader {
  public:
+  // How an item without a UID is named. When a file has several, one name would make one of them.
+  enum class Naming { byFile, byFileAndContent };
+
   // What comes next is of another file; `fileName` stands in for a UID. Both must outlive its
   // items' reading, and so must the text that the lines come from.
-  void beginFile(FileTimeZones& zones, std::string_view fileName);
+  void beginFile(FileTimeZones& zones, std::string_view fileName, Naming naming);
   void begin(ItemKind kind);
   // A property of the component itself, not of one inside it.
   void read(PropertyName name, const ContentLine& line);
   // The item; null when it cannot be shown.
   std::unique_ptr<Item> finish();
+  // Whether the file had two items of one kind, overrides aside, without a UID.
+  bool needsNamingByContent() const { return needsNamingByContent_; }
 
  private:
   struct RawAttendee {
@@ -47,11 +53,16 @@ class ItemReader {
 
   FileTimeZones* zones_ = nullptr;
   std::string_view fileName_;
+  Naming naming_ = Naming::byFile;
+  // Of the file so far, by kind.
+  std::array<bool, 2> hasUnnamed_ = {};
+  bool needsNamingByContent_ = false;
 
   ItemProperties item_;
   std::unique_ptr<Todo> todo_;
   // The values as the file has them.
   std::string_view uid_, title_, notes_, location_, url_;
+  std::string_view firstTime_;  // DTSTART or DUE
   std::optional<std::int8_t> busyStatus_;
   bool isTransparent_ = false;
   // Those that were read last: most items have the same ones in two or three lines.

@@ -37,6 +37,7 @@ std::optional<DirectoryListing> listDirectory(int directory) {
     return std::nullopt;
   }
   DirectoryListing listing;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody else has this stream
   while (const dirent* entry = ::readdir(stream.get())) {
     const std::string_view name(entry->d_name);
     if (!isDirectoryName(name)) continue;

@@ -114,7 +114,7 @@ class InotifyWatcher final : public Watcher {
   }
 
   Descriptor inotify_;
-  std::array<char, 64 * 1024> buffer_;
+  std::array<char, std::size_t{64} * 1024> buffer_;
 };
 
 }  // namespace

@@ -11,7 +11,7 @@ std::string nameOfOffset(std::int64_t offset) {
   const std::int64_t digits = minutes / 60 * 100 + minutes % 60;
   std::size_t at = name.size();
   for (std::int64_t rest = digits; rest != 0; rest /= 10)
-    name[--at] += static_cast<char>(rest % 10);
+    name[--at] = static_cast<char>('0' + rest % 10);
   return name;
 }
 
