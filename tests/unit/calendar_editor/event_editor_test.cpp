@@ -118,9 +118,25 @@ TEST(EventEditor, ChangesOneOfSeveralWithoutAUid) {
   EXPECT_TRUE(edit.text.ends_with(third + tail)) << edit.text;
   EXPECT_EQ(linesOf(edit.text, "SUMMARY"),
             (std::vector<std::string>{"SUMMARY:a", "SUMMARY:d", "SUMMARY:c"}));
+  EXPECT_EQ(lineOf(edit.text, "UID"), "UID:" + second.uid);
   EXPECT_EQ(removeEvent(text, fileName, second, now).text, head + first + third + tail);
   // None of them has the file's name alone.
   EXPECT_EQ(removeEvent(text, fileName, {fileName, {}}, now).outcome, Edit::Outcome::missing);
+}
+
+TEST(EventEditor, AnOverrideAndItsSeriesHaveOneName) {
+  const auto series = [](const std::string& day) {
+    return crlf({"BEGIN:VEVENT", "DTSTART:" + day + "T100000Z", "RRULE:FREQ=DAILY", "END:VEVENT"});
+  };
+  const std::string other = series("20250701");
+  const std::string text =
+      crlf({"BEGIN:VCALENDAR"}) + other + series("20250702") + crlf({"END:VCALENDAR"});
+  const ItemName third{fileName + "/20250702T100000Z/", at("2025-07-04T10:00:00Z")};
+  const Edit edit = changeEvent(text, fileName, third, titled("moved"), now);
+  ASSERT_EQ(edit.outcome, Edit::Outcome::changed);
+  EXPECT_NE(edit.text.find(other), std::string::npos) << edit.text;
+  EXPECT_EQ(linesOf(edit.text, "UID"), std::vector<std::string>(2, "UID:" + third.uid));
+  EXPECT_EQ(lineOf(edit.text, "RECURRENCE-ID"), "RECURRENCE-ID:20250704T100000Z");
 }
 
 TEST(EventEditor, TheFileNameStandsInForAUid) {

@@ -153,6 +153,8 @@ Edit changeEvent(std::string_view text, std::string_view fileName, const ItemNam
       edit.replace(editor);
     }
   } else if (target->override) {
+    keepName(rest, *entry.item);
+    edit.replace(rest);
     edit.insertAfter(entry.component, editor.text());
   } else {
     edit.replace(editor);

@@ -17,7 +17,17 @@ void setText(ComponentEditor& editor, std::string_view name, std::string_view cu
   editor.set(name, parameters, textValue(*wanted));
 }
 
+void keepName(ComponentEditor& editor, const Item& item) {
+  const ContentLine* const line = editor.find("UID");
+  const bool isUnnamed = !line || line->value.empty();
+  // The name of a file alone has no slash.
+  if (isUnnamed && item.uid().find('/') != std::string_view::npos) {
+    editor.setValue("UID", textValue(item.uid()));
+  }
+}
+
 void stampChange(ComponentEditor& editor, const Item& item, UtcSeconds now) {
+  keepName(editor, item);
   setUtc(editor, "DTSTAMP", now);
   setUtc(editor, "LAST-MODIFIED", now);
   const bool isLast = item.sequence == std::numeric_limits<std::int32_t>::max();

@@ -19,8 +19,12 @@ namespace tidemark::local {
 void setText(ComponentEditor& editor, std::string_view name, std::string_view current,
              const std::optional<std::string>& wanted);
 
-// What every changed component says: DTSTAMP and LAST-MODIFIED are now, SEQUENCE goes up by one
-// (RFC 5545, 3.8.7).
+// Gives a component that is named by its time and title, for want of a UID, that name for its UID:
+// it stays, whatever changes, and an override can have it too.
+void keepName(ComponentEditor& editor, const Item& item);
+
+// What every changed component says: its name, if that might be lost; DTSTAMP and LAST-MODIFIED are
+// now, SEQUENCE goes up by one (RFC 5545, 3.8.7).
 void stampChange(ComponentEditor& editor, const Item& item, UtcSeconds now);
 
 // How the times of a series stand, which is how RECURRENCE-ID and EXDATE are written (RFC
