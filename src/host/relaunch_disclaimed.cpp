@@ -50,6 +50,7 @@ std::optional<std::vector<Text>> copiesOf(std::span<const char* const> texts) {
 
 std::vector<char*> nullTerminated(const std::vector<Text>& texts) {
   std::vector<char*> pointers;
+  pointers.reserve(texts.size() + 1);
   for (const Text& text : texts) pointers.push_back(text.get());
   pointers.push_back(nullptr);
   return pointers;

@@ -519,8 +519,10 @@ class Kept {
 static AccessCompletion completionOf(EKEventStoreRequestAccessCompletionHandler handler) {
   return [kept = Kept(handler)](AccessResult result) {
     NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-    kept.get()(result.granted, result.error ? error(*result.error) : nil);
+    NSError* const problem = result.error ? [error(*result.error) retain] : nil;
     [pool release];
+    kept.get()(result.granted, problem);  // without a pool: it brings its own
+    [problem release];
   };
 }
 
@@ -668,12 +670,15 @@ static AccessCompletion completionOf(EKEventStoreRequestAccessCompletionHandler 
       instant(range->_to), [range selection]};
   world().store->fetchRemindersMatchingPredicate(
       wanted, [kept = Kept(completion)](std::optional<std::vector<ReminderRef>> found) {
-        NSAutoreleasePool* const pool = [[NSAutoreleasePool alloc] init];
-        NSMutableArray* const result = found ? [NSMutableArray array] : nil;
+        NSAutoreleasePool* pool = [[NSAutoreleasePool alloc] init];
+        NSMutableArray* const result = found ? [[NSMutableArray alloc] init] : nil;
         for (const ReminderRef& each : found.value_or(std::vector<ReminderRef>())) {
           [result addObject:[EKReminder reminderWithReminder:each]];
         }
-        kept.get()(result);
+        [pool release];
+        kept.get()(result);  // without a pool: it brings its own
+        pool = [[NSAutoreleasePool alloc] init];
+        [result release];
         [pool release];
       });
   return [NSNumber numberWithInt:1];
