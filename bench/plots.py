@@ -19,6 +19,8 @@ LONGEST = 300  # seconds, after which another program is not waited for
 TICKS = ", ".join(f"'{number} {unit}' {number * size:g}" for unit, size in [("µs", 1e-6), ("ms", 1e-3)]
                   for number in (1, 10, 100)) + ", '1 s' 1, '10 s' 10, '100 s' 100"
 
+COLORS = ["#3b6ea5", "#c2571a", "#4b8b3b", "#8a4fa3", "#b8860b"]
+
 # File, title, and the lines: what is drawn, which row, and whether its own figure or its limit.
 PLOTS = [
     ("first-answer", "The events of a week, from the start of the process", [
@@ -41,9 +43,9 @@ PLOTS = [
     ("changes", "Changes, on disk before they are answered", [
         ("create", "create", "measured"),
         ("update", "update", "measured"),
+        ("a durable write", "update", "limit"),
         ("update of one occurrence", "update of one occurrence", "measured"),
         ("delete", "delete", "measured"),
-        ("a durable write", "update", "limit"),
     ]),
 ]
 
@@ -78,8 +80,13 @@ def output_of(*command, timeout=None):
         return subprocess.run(command, check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True,
                               timeout=timeout).stdout
     except (subprocess.TimeoutExpired, subprocess.CalledProcessError) as reason:
-        print(f"left out: {reason}", flush=True)
+        print(f"left out: {' '.join(command)}: {type(reason).__name__}", flush=True)
         return None
+
+
+def add_row(rows, name, items, seconds):
+    print(f"{name:42} {items:7} {seconds * 1e3:9.2f} ms", flush=True)
+    rows.setdefault((name, "measured"), {})[items] = seconds
 
 
 def time_others(scratch, others, rows):
@@ -89,24 +96,24 @@ def time_others(scratch, others, rows):
         if package:
             began = time.monotonic()
             if output_of("node", str(others / "ical_js_week.mjs"), str(package), str(root), timeout=LONGEST):
-                rows.setdefault(("ical.js", "measured"), {})[items] = time.monotonic() - began
+                add_row(rows, "ical.js", items, time.monotonic() - began)
         if shutil.which("khal"):
             times = output_of(sys.executable, str(others / "khal_week.py"), str(root), str(scratch / "khal"), f"{LONGEST}")
             for row, seconds in zip(("khal, first run", "khal, with its index"), (times or "").split()):
-                rows.setdefault((row, "measured"), {})[items] = float(seconds)
+                add_row(rows, row, items, float(seconds))
 
 
 def draw(path, title, lines, rows):
     drawn = [(label, which, sorted(rows[(row, which)].items())) for label, row, which in lines if (row, which) in rows]
     blocks = "\n".join(f"$p{number} << EOD\n" + "\n".join(f"{items} {seconds:g}" for items, seconds in points) + "\nEOD"
                        for number, (_, _, points) in enumerate(drawn))
-    # A limit is dashed, and has the colour of the line before it.
+    # A limit is dashed, and has the colour of what stands before it.
     curves, color = [], 0
     for number, (label, which, _) in enumerate(drawn):
         color += which == "measured"
         dashes = "" if which == "measured" else "dashtype 2 "
         curves.append(f"$p{number} using 1:2 with linespoints linewidth 2 pointtype 7 pointsize 0.5 {dashes}"
-                      f"linecolor {max(color, 1)} title \"{label}\"")
+                      f"linecolor rgb '{COLORS[color - 1]}' title \"{label}\"")
     script = f"""
         set terminal svg size 860,420 noenhanced background '#ffffff' font 'sans-serif,14'
         set output '{path}'
