@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <string>
@@ -82,8 +83,11 @@ class Answers {
         text_.erase(0, end + 1);
         return line;
       }
+      // The fuzzer's own timer may interrupt, now and then.
       pollfd wait{readEnd_, POLLIN, 0};
-      check(::poll(&wait, 1, 10'000) == 1, "there is an answer");
+      const int ready = ::poll(&wait, 1, 10'000);
+      if (ready == -1 && errno == EINTR) continue;
+      check(ready == 1, "there is an answer");
       const ssize_t count = ::read(readEnd_, buffer_.data(), buffer_.size());
       text_.append(buffer_.data(), static_cast<std::size_t>(count));
     }
@@ -91,7 +95,7 @@ class Answers {
 
   bool isEmpty() const {
     pollfd wait{readEnd_, POLLIN, 0};
-    return text_.empty() && ::poll(&wait, 1, 0) == 0;
+    return text_.empty() && ::poll(&wait, 1, 0) <= 0;
   }
 
  private:

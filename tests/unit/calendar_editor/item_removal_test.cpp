@@ -212,6 +212,12 @@ TEST(ItemMove, KeepsTheLineEndsOfItsFile) {
             "BEGIN:VEVENT\nUID:one\nEND:VEVENT\nEND:VCALENDAR\n");
 }
 
+TEST(ItemMove, EndsALineThatTheFileDoesNotEnd) {
+  const std::string text = "BEGIN:VEVENT\nUID:two\nEND:VEVENT\nBEGIN:VEVENT\nUID:one\nEND:VEVENT";
+  const std::string taken = extractItem(text, fileName, "one");
+  EXPECT_TRUE(taken.ends_with("UID:one\nEND:VEVENT\nEND:VCALENDAR\n")) << taken;
+}
+
 TEST(ItemMove, SaysWhatIsMissing) {
   EXPECT_EQ(extractItem(eventWith({start}), fileName, "two"), "");
   EXPECT_EQ(withoutItem(eventWith({start}), fileName, "two").outcome, Edit::Outcome::missing);

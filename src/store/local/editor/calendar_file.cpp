@@ -196,6 +196,11 @@ std::string fileOf(const ComponentTree& tree, const std::vector<std::size_t>& co
   const std::string_view lineEnd = plainLineEnd(tree, first);
 
   std::string text = contentLine("BEGIN", "", "VCALENDAR", lineEnd);
+  // The last line of the file may have no end.
+  const auto addWhole = [&](std::string_view component) {
+    text += component;
+    if (!component.ends_with('\n')) text += lineEnd;
+  };
   const auto calendar = calendarAround(tree, components.front());
   const auto frameLine = [&](std::string_view name, std::string_view standard) {
     const std::string_view own = calendar ? ownValue(tree, *calendar, name) : std::string_view();
@@ -208,9 +213,9 @@ std::string fileOf(const ComponentTree& tree, const std::vector<std::size_t>& co
   for (std::size_t at = 0; at < tree.components().size(); ++at) {
     const Component& component = tree.components()[at];
     if (!component.isClosed || !tree.isNamed(at, "VTIMEZONE")) continue;
-    if (tzids.contains(ownValue(tree, at, "TZID"))) text += bytesOf(tree, component);
+    if (tzids.contains(ownValue(tree, at, "TZID"))) addWhole(bytesOf(tree, component));
   }
-  for (const std::string& one : texts) text += one;
+  for (const std::string& one : texts) addWhole(one);
   return text + contentLine("END", "", "VCALENDAR", lineEnd);
 }
 

@@ -107,6 +107,7 @@ TodoEdit completeSeries(const CalendarFile& file, const ItemFamily& family, cons
 // The file with the series begun at the occurrence that is shown: a new due date is that one's.
 Edit advanceSeries(const CalendarFile& file, const Target& target) {
   ComponentEditor editor(file.tree(), target.entry.component);
+  keepName(editor, *target.entry.item);
   startSeriesAt(editor, file, target.entry, *target.occurrence);
   FileEdit edit(file.tree());
   edit.replace(editor);
@@ -145,6 +146,7 @@ TodoEdit changeTodo(std::string_view text, std::string_view fileName, const Item
     }
     stampChange(editor, item, now);
   }
+  keepName(editor, item);
   FileEdit edit(file.tree());
   if (!newZone.empty()) edit.requireZone(target->entry.component, newZone, now);
   edit.replace(editor);

@@ -70,6 +70,10 @@ bool startsBefore(const RecurrenceDate& left, const RecurrenceDate& right) {
   return left.start.toUtc() < right.start.toUtc();
 }
 
+bool isControl(char byte) {
+  return (byte >= 0 && byte < ' ') || byte == '\x7F';
+}
+
 template <typename List, typename Compare>
 void sortBy(List& list, Compare compare) {
   if (!std::is_sorted(list.begin(), list.end(), compare)) {
@@ -318,13 +322,15 @@ ItemTexts& ItemReader::readableTexts() {
   };
   texts_.uid = write(uid_, Escapes::text);
   if (texts_.uid.empty()) {
-    const char* const begin = end;
+    char* const begin = end;
     write(fileName_, Escapes::none);
     if (naming_ == Naming::byFileAndContent && !item_.recurrenceId) {
       *end++ = '/';
       write(firstTime_, Escapes::none);
       *end++ = '/';
       write(title_, Escapes::text);
+      // It may come to stand in a line of its own.
+      end = std::remove_if(begin, end, isControl);
     }
     texts_.uid = {begin, static_cast<std::size_t>(end - begin)};
   }
