@@ -30,9 +30,10 @@ constexpr std::array<std::string_view, 12> changingInEvents = {
     "SUMMARY",  "DESCRIPTION", "LOCATION",      "URL",
     "DTSTART",  "DTEND",       "DURATION",      "TRANSP",
     "SEQUENCE", "DTSTAMP",     "LAST-MODIFIED", "X-MICROSOFT-CDO-BUSYSTATUS"};
-constexpr std::array<std::string_view, 14> changingInTodos = {
-    "SUMMARY", "DESCRIPTION", "DUE",   "DTSTART", "DURATION", "SEQUENCE",         "DTSTAMP",
-    "STATUS",  "COMPLETED",   "RRULE", "RDATE",   "EXDATE",   "PERCENT-COMPLETE", "LAST-MODIFIED"};
+constexpr std::array<std::string_view, 15> changingInTodos = {
+    "SUMMARY",  "DESCRIPTION", "DUE",    "DTSTART",          "DURATION",
+    "SEQUENCE", "DTSTAMP",     "STATUS", "COMPLETED",        "RRULE",
+    "RDATE",    "EXDATE",      "EXRULE", "PERCENT-COMPLETE", "LAST-MODIFIED"};
 
 struct Choice {
   std::uint8_t operation;

@@ -228,5 +228,12 @@ TEST(RecurrenceRuleText, MayRepeatItself) {
   EXPECT_EQ(rule->weekdays, 0b0000110);
 }
 
+TEST(Recurrence, ATimeAmongWholeDaysIsItsDay) {
+  // In Berlin it is the fifth by then.
+  EXPECT_EQ(startsOfEvent({"DTSTART;VALUE=DATE:20250101",
+                           "RDATE:20250103T100000Z,20250104T233000Z,20250103T120000Z"}),
+            startsOfEvent({"DTSTART;VALUE=DATE:20250101", "RDATE;VALUE=DATE:20250103,20250105"}));
+}
+
 }  // namespace
 }  // namespace tidemark::local

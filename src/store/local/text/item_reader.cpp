@@ -277,11 +277,14 @@ void ItemReader::finishSeries() {
   }
   if (series->rules.empty() && dates_.empty()) return;
   for (RecurrenceDate& date : dates_) {
-    if (!date.start.isDate || start->isDate) continue;
-    // A day says no more than that: the occurrence has the time of the others.
-    const WallSeconds day = date.start.wall;
+    if (date.start.isDate == start->isDate) continue;
+    // A day says no more than that: the occurrence has the time of the others. Among whole days, a
+    // time is its day.
+    const WallSeconds reading =
+        date.start.isDate ? date.start.wall : start->zone->toWall(date.start.toUtc());
     date.start = *start;
-    date.start.wall = day + start->wall - dayOf(start->wall) * secondsPerDay;
+    date.start.wall =
+        dayOf(reading) * secondsPerDay + start->wall - dayOf(start->wall) * secondsPerDay;
   }
   addExceptionsOnSeriesClock(*start);
   sortBy(dates_, startsBefore);
