@@ -26,6 +26,13 @@ bool mayHoldDirectories(const std::string& path) {
   return ::stat(path.c_str(), &status) == 0 && status.st_nlink > 2;
 }
 
+// The nearest directory above the path that exists.
+std::string nearestAncestor(const std::string& path) {
+  std::string ancestor = parentOf(path);
+  while (ancestor != "/" && !identityOf(ancestor)) ancestor = parentOf(ancestor);
+  return ancestor;
+}
+
 bool isNewsOfNames(WatchEvent::Kind kind) {
   return kind == WatchEvent::Kind::created || kind == WatchEvent::Kind::appeared ||
          kind == WatchEvent::Kind::gone;
@@ -82,6 +89,7 @@ void CollectionTree::route(const WatchEvent& event) {
   for (CollectionDirectory* directory : watches_.users(event.watch)) {
     if (directory == nullptr) {
       hasCandidateNews_ = true;
+      hasTargetNews_ = true;
     } else if (isEnded) {
       directory->watch.reset();
       directory->needsScan = true;
@@ -128,8 +136,10 @@ void CollectionTree::refresh() {
   for (int round = 0; round < maximumRounds; ++round) {
     takeNews();
     checkRoot();
-    if (root_ != nullptr && (round == 0 || isSuspect_)) check(*root_);
+    // What news behind a link says, only the check finds out: nobody else is told of them.
+    if (root_ != nullptr && (round == 0 || isSuspect_ || hasTargetNews_)) check(*root_);
     isSuspect_ = false;
+    hasTargetNews_ = false;
     if (!finishBatch()) break;
   }
   isRead_ = true;
@@ -213,10 +223,14 @@ void CollectionTree::watchCandidates() {
   std::vector<WatchId> watches;
   for (const std::string& candidate : candidates_) {
     if (root_ != nullptr && candidate == root_->path) break;
-    std::string ancestor = parentOf(candidate);
-    while (ancestor != "/" && !identityOf(ancestor)) ancestor = parentOf(ancestor);
-    const auto watch = watches_.watch(ancestor, Watcher::Interest::names, nullptr);
-    if (watch) watches.push_back(*watch);
+    // One that came before the watch did was told to nobody, and the next may come in it.
+    std::string watched;
+    for (std::string nearest = nearestAncestor(candidate); nearest != watched;
+         nearest = nearestAncestor(candidate)) {
+      watched = nearest;
+      const auto watch = watches_.watch(watched, Watcher::Interest::names, nullptr);
+      if (watch) watches.push_back(*watch);
+    }
   }
   for (const WatchId watch : candidateWatches_) watches_.release(watch, nullptr);
   candidateWatches_ = std::move(watches);
