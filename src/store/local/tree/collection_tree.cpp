@@ -89,7 +89,6 @@ void CollectionTree::route(const WatchEvent& event) {
   for (CollectionDirectory* directory : watches_.users(event.watch)) {
     if (directory == nullptr) {
       hasCandidateNews_ = true;
-      hasTargetNews_ = true;
     } else if (isEnded) {
       directory->watch.reset();
       directory->needsScan = true;
@@ -135,11 +134,11 @@ void CollectionTree::refresh() {
   finishBatch();
   for (int round = 0; round < maximumRounds; ++round) {
     takeNews();
+    // Of candidates, or of what is behind a link: that only the check finds out.
+    const bool hasNewsOutside = hasCandidateNews_;
     checkRoot();
-    // What news behind a link says, only the check finds out: nobody else is told of them.
-    if (root_ != nullptr && (round == 0 || isSuspect_ || hasTargetNews_)) check(*root_);
+    if (root_ != nullptr && (round == 0 || isSuspect_ || hasNewsOutside)) check(*root_);
     isSuspect_ = false;
-    hasTargetNews_ = false;
     if (!finishBatch()) break;
   }
   isRead_ = true;

@@ -103,8 +103,6 @@ class CollectionTree {
   bool isRead_ = false;                         // the disk was read at least once
   bool isSuspect_ = false;                      // anything may have changed
   bool hasCandidateNews_ = true;
-  // Of what is behind a link to a file, perhaps.
-  bool hasTargetNews_ = false;
   bool isChanged_ = false;    // an answer would be another one now
   bool isAnnounced_ = false;  // and a notice was counted for it
   std::size_t notices_ = 0;
