@@ -21,11 +21,7 @@ void applyAndSave(RequestId id, const Request& request, Event& event) {
     fail(id, failure.message);
     return;
   }
-  if (const StoreResult saved = store->saveEvent(event); !saved) {
-    fail(id, *saved.error);
-    return;
-  }
-  replyWithRecord(id, "event", event);
+  replyToSave(id, store->saveEvent(event), "event", event);
 }
 
 // Where a new event goes first. An identifier that names no calendar is left for `apply` to refuse.
@@ -83,13 +79,7 @@ void deleteEvent(RequestId id, const Request& request) {
   const EventRef event = requestedEvent(id, request, "delete needs `eventId`");
   if (!event) return;
   // No look at the calendar, unlike in an update: a store that refuses says so itself.
-  if (const StoreResult removed = store->removeEvent(*event); !removed) {
-    fail(id, *removed.error);
-    return;
-  }
-  ReplyObject object;
-  object.add("ok", true);
-  reply(id, std::move(object));
+  replyToRemoval(id, store->removeEvent(*event));
 }
 
 }  // namespace tidemark

@@ -12,11 +12,7 @@ namespace tidemark {
 namespace {
 
 void save(RequestId id, Reminder& reminder) {
-  if (const StoreResult saved = store->saveReminder(reminder); !saved) {
-    fail(id, *saved.error);
-    return;
-  }
-  replyWithRecord(id, "reminder", reminder);
+  replyToSave(id, store->saveReminder(reminder), "reminder", reminder);
 }
 
 // The end that "reminder-create" and "reminder-update" share: fields, save, answer.
@@ -92,13 +88,7 @@ void deleteReminder(RequestId id, const Request& request) {
   if (!requireReminderAccess(id)) return;
   const ReminderRef found = reminder(id, request);
   if (!found) return;
-  if (const StoreResult removed = store->removeReminder(*found); !removed) {
-    fail(id, *removed.error);
-    return;
-  }
-  ReplyObject object;
-  object.add("ok", true);
-  reply(id, std::move(object));
+  replyToRemoval(id, store->removeReminder(*found));
 }
 
 }  // namespace tidemark
