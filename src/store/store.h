@@ -8,20 +8,24 @@
 // Threads
 //   - authorizationStatusForEntityType is called from any thread.
 //   - Access requests, look-ups, queries, saves and removals are called from one thread at a time
-//   (the request reader).
+//     (the request reader).
 //   - reset is called from the thread on which an access request completes.
 //   - run is called on the main thread, once, and serves it for ever; the change observer is called
-//   there alone.
+//     there alone.
 //   - An Event or a Reminder is used by one thread at a time; different ones may be used by
-//   different threads at once,
-//     also while the store answers another call.
+//     different threads at once, also while the store answers another call.
+//
 // Ownership: the store outlives every item and calendar that it gave out. Items and calendars are
 // shared with the caller, and what they say is what the store held when they were fetched (or set
-// since); a later change shows in items that are fetched later. Freshness: an answer shows every
-// change that was complete, whoever made it, before the call was made. Errors: absence is an empty
-// pointer, vector or optional. What returns a StoreResult or completes with an AccessResult fails
-// through it, and the text goes to the host as it stands. Look-ups and queries of calendars and
-// events may throw a StoreError, where the platform breaks them off; nothing else throws.
+// since); a later change shows in items that are fetched later.
+//
+// Freshness: an answer shows every change that was complete, whoever made it, before the call was
+// made.
+//
+// Errors: absence is an empty pointer, vector or optional. What returns a StoreResult or completes
+// with an AccessResult fails through it, and the text goes to the host as it stands. Look-ups and
+// queries of calendars and events may throw a StoreError, where the platform breaks them off;
+// nothing else throws.
 #pragma once
 
 #include <cstdint>

@@ -8,8 +8,7 @@
 // Rules where store.h leaves them to the store
 //   - Order: the order given; what is saved as new comes last.
 //   - An event without a start counts as starting in the distant past (the start of year 1), and
-//   one
-//     without an end has no length. Without both it is in every range that is not empty.
+//     one without an end has no length. Without both it is in every range that is not empty.
 //   - Identifiers are equal when their NFC forms are. New events are named "new-1", "new-2", ...,
 //     new reminders "new-reminder-1", "new-reminder-2", ...
 //   - The clock stands still but for the second that each save takes: the first save is at `start`

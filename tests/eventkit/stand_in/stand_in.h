@@ -6,8 +6,7 @@
 //   - A change of the store, own saves too, posts the notification, on a foreign thread.
 //   - A query of events is cut to the first four years of its range. Its range must not be empty.
 //   - A reset invalidates every object but the store: it then says nothing, takes nothing and is
-//   not
-//     saved.
+//     not saved.
 //   - Due components in another calendar than the Gregorian raise an exception.
 //   - Objects are not locked: the thread sanitizer sees who shares one.
 #pragma once
