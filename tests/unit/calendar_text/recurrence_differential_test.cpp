@@ -139,6 +139,17 @@ TEST(RecurrenceDifferential, LibraryAgreesWithEveryDayOfTheYear) {
        [](DayNumber day) { return isNumberedDay(day, 0, -1); }},
       {"FREQ=YEARLY;BYYEARDAY=100;BYDAY=TH",
        [](DayNumber day) { return isNumberedDay(day, 100, 0) && weekdayOf(day) == 4; }},
+      {"FREQ=YEARLY;BYYEARDAY=208,-158;BYMONTHDAY=27,-3",
+       [](DayNumber day) {
+         return isNumberedDay(day, 208, -158) && dateOf(day).month == 7 && dateOf(day).day == 27;
+       }},
+      {"FREQ=YEARLY;BYDAY=20MO,-20MO;BYMONTHDAY=15,-15",
+       [](DayNumber day) {
+         const CivilDate date = dateOf(day);
+         const unsigned fromEnd = lengthOfMonth(date.year, date.month) - date.day + 1;
+         return (isNumberedWeekday(day, 1, 20) || isNumberedWeekday(day, 1, -20)) &&
+                (date.day == 15 || fromEnd == 15);
+       }},
       {"FREQ=YEARLY;BYDAY=20MO,-20MO",
        [](DayNumber day) {
          return isNumberedWeekday(day, 1, 20) || isNumberedWeekday(day, 1, -20);

@@ -145,8 +145,15 @@ class Periods {
 
   void appendDaysOfYear(int year, std::vector<DayNumber>& days) const {
     if (!rule_.weekNumbers.empty()) return appendDaysOfWeeks(rule_, year, days);
-    if (rule_.libraryDays) return rule_.libraryDays->appendDaysOf(year, days);
-    for (unsigned month = 1; month <= 12; ++month) appendDaysOfMonth(rule_, year, month, days);
+    if (rule_.libraryDays) {
+      rule_.libraryDays->appendDaysOf(year, days);
+    } else {
+      for (unsigned month = 1; month <= 12; ++month) appendDaysOfMonth(rule_, year, month, days);
+      if (rule_.yearDays.empty()) return;
+    }
+    std::erase_if(days, [&](DayNumber day) {
+      return !(rule_.ordinalDays.empty() ? passesDayParts : passesDateParts)(rule_, day);
+    });
   }
 
   const RecurrenceRule& rule_;

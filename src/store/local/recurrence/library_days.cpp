@@ -31,14 +31,17 @@ class PartList {
   char separator_ = '=';
 };
 
-// What of the rule says its days, without what says which of them count. BYMONTH is among the
-// latter, since the library passes over negative days of the year beside it.
+// What of the rule says its days. What says which of them count is left out: the library passes
+// over some days when parts come together.
 std::string libraryTextOf(const RecurrenceRule& rule) {
   constexpr std::array<const char*, 7> weekdays = {"SU", "MO", "TU", "WE", "TH", "FR", "SA"};
-  PartList monthDays("BYMONTHDAY");
-  for (int day = 1; day <= 31; ++day) {
-    if (rule.monthDays >> day & 1) monthDays.add(std::to_string(day));
-    if (rule.monthDaysFromEnd >> day & 1) monthDays.add(std::to_string(-day));
+  const std::int64_t interval = std::min<std::int64_t>(rule.interval, LibraryDays::lastLibraryYear);
+  const std::string frequency =
+      "FREQ=YEARLY;INTERVAL=" + std::to_string(interval) + ";WKST=" + weekdays[rule.weekStart];
+  if (rule.ordinalDays.empty()) {
+    PartList yearDays("BYYEARDAY");
+    for (const std::int16_t day : rule.yearDays) yearDays.add(std::to_string(day));
+    return frequency + yearDays.text();
   }
   PartList days("BYDAY");
   for (unsigned weekday = 0; weekday < weekdays.size(); ++weekday) {
@@ -47,11 +50,7 @@ std::string libraryTextOf(const RecurrenceRule& rule) {
   for (const OrdinalDay& day : rule.ordinalDays) {
     days.add(std::to_string(day.ordinal) + weekdays[day.weekday]);
   }
-  PartList yearDays("BYYEARDAY");
-  for (const std::int16_t day : rule.yearDays) yearDays.add(std::to_string(day));
-  const std::int64_t interval = std::min<std::int64_t>(rule.interval, LibraryDays::lastLibraryYear);
-  return "FREQ=YEARLY;INTERVAL=" + std::to_string(interval) + ";WKST=" + weekdays[rule.weekStart] +
-         monthDays.text() + days.text() + yearDays.text();
+  return frequency + days.text();
 }
 
 }  // namespace
@@ -60,9 +59,7 @@ std::string libraryTextOf(const RecurrenceRule& rule) {
 class LibraryDays::Walk {
  public:
   explicit Walk(const RecurrenceRule& rule)
-      : text_(libraryTextOf(rule)),
-        months_(rule.months),
-        firstYear_(dateOf(dayOf(rule.start)).year) {}
+      : text_(libraryTextOf(rule)), firstYear_(dateOf(dayOf(rule.start)).year) {}
 
   void appendDaysOf(int year, std::vector<DayNumber>& days) {
     const std::lock_guard lock(mutex_);
@@ -70,8 +67,7 @@ class LibraryDays::Walk {
     const DayNumber next = dayOf(year + 1, 1, 1);
     while (!isAtEnd_ && (days_.empty() || days_.back() < next)) walkOn();
     const auto begin = std::lower_bound(days_.begin(), days_.end(), first);
-    std::copy_if(begin, std::lower_bound(begin, days_.end(), next), std::back_inserter(days),
-                 [&](DayNumber day) { return !months_ || months_ >> dateOf(day).month & 1; });
+    std::copy(begin, std::lower_bound(begin, days_.end(), next), std::back_inserter(days));
   }
 
  private:
@@ -103,7 +99,6 @@ class LibraryDays::Walk {
 
   std::mutex mutex_;
   const std::string text_;
-  const unsigned months_;
   const int firstYear_;
   Iterator iterator_;
   bool isAtEnd_ = false;

@@ -1,7 +1,7 @@
-// The days of yearly rules that number the days or the weekdays of the year (BYYEARDAY,
-// BYDAY=20MO): libical finds them. Their times, positions and ends are not its concern. Nor are
-// numbered weeks: libical takes week 53 of a year that has none for the next year's first, and
-// loses its way without a BYDAY.
+// The days of yearly rules that number the weekdays of the year (BYDAY=20MO), or else its days
+// (BYYEARDAY): libical finds them. The rule's other parts, its times, positions and ends are not
+// its concern. Nor are numbered weeks: libical takes week 53 of a year that has none for the next
+// year's first, and loses its way without a BYDAY.
 //
 // Any thread; the days found are remembered.
 #pragma once
@@ -25,8 +25,8 @@ class LibraryDays {
   explicit LibraryDays(const RecurrenceRule& rule);
   ~LibraryDays();
 
-  // Appends the rule's days in that year of the calendar, ascending. The years before the rule's
-  // start have none.
+  // Appends the days so numbered in that year of the calendar, ascending. The years before the
+  // rule's start have none.
   void appendDaysOf(int year, std::vector<DayNumber>& days);
 
  private:

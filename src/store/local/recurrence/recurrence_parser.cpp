@@ -259,7 +259,8 @@ void completeFromStart(RecurrenceRule& rule) {
 bool needsLibrary(const RecurrenceRule& rule) {
   if (rule.frequency != Frequency::yearly) return false;
   if (!rule.weekNumbers.empty()) return false;
-  return !rule.yearDays.empty() || (!rule.ordinalDays.empty() && !rule.months);
+  // Beside BYMONTH, numbered weekdays are those of the month.
+  return rule.ordinalDays.empty() ? !rule.yearDays.empty() : !rule.months;
 }
 
 }  // namespace

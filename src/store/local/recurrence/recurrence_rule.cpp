@@ -45,6 +45,10 @@ std::uint32_t monthDaysOf(const RecurrenceRule& rule, unsigned lengthOfMonth) {
 
 bool passesDayParts(const RecurrenceRule& rule, DayNumber day) {
   if (rule.weekdays && !(rule.weekdays >> weekdayOf(day) & 1)) return false;
+  return passesDateParts(rule, day);
+}
+
+bool passesDateParts(const RecurrenceRule& rule, DayNumber day) {
   if (!rule.months && !rule.monthDays && !rule.monthDaysFromEnd && rule.yearDays.empty()) {
     return true;
   }

@@ -91,6 +91,8 @@ ClockSet clockSetOf(const RecurrenceRule& rule);
 // Whether a day passes BYMONTH, BYMONTHDAY, BYYEARDAY and the unnumbered BYDAY, as they limit a
 // rule that counts days or less.
 bool passesDayParts(const RecurrenceRule& rule, DayNumber day);
+// The same without BYDAY.
+bool passesDateParts(const RecurrenceRule& rule, DayNumber day);
 
 // The days of a month (bit 1 is the 1st) that BYMONTHDAY says; all of them where the rule has none.
 std::uint32_t monthDaysOf(const RecurrenceRule& rule, unsigned lengthOfMonth);
