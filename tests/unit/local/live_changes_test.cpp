@@ -149,6 +149,19 @@ TEST_P(LiveChanges, Permissions) {
   EXPECT_TRUE(calendar("work")->allowsContentModifications);
 }
 
+TEST_P(LiveChanges, NothingIsWrittenWhereNothingIsFound) {
+  if (::geteuid() == 0) GTEST_SKIP() << "root searches every directory";
+  ASSERT_EQ(::chmod((root() / "work").c_str(), 0600), 0);
+  EXPECT_FALSE(calendar("work")->allowsContentModifications);
+  ASSERT_EQ(::chmod((root() / "work").c_str(), 0), 0);
+  EXPECT_FALSE(calendar("work")->allowsContentModifications);
+  ASSERT_EQ(::chmod((root() / "work").c_str(), 0755), 0);
+  EXPECT_TRUE(calendar("work")->allowsContentModifications);
+  ASSERT_EQ(::chmod((root() / "work").c_str(), 0), 0);
+  EXPECT_FALSE(calendar("work")->allowsContentModifications);
+  ASSERT_EQ(::chmod((root() / "work").c_str(), 0755), 0);
+}
+
 TEST_P(LiveChanges, RootThatGoesAndComes) {
   fs::rename(root(), scratch() / "away");
   EXPECT_EQ(titles(), Titles{});

@@ -29,7 +29,7 @@ bool mayBeWritten(int directory, const std::string& path) {
   struct stat status {};
   constexpr mode_t written = S_IWUSR | S_IWGRP | S_IWOTH;
   if (::fstat(directory, &status) != 0 || (status.st_mode & written) == 0) return false;
-  return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+  return ::faccessat(AT_FDCWD, path.c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
 bool isLink(const std::string& path) {
@@ -112,7 +112,12 @@ void CollectionTree::scan(CollectionDirectory& directory) {
   }
   for (const std::string& name : gone) checkName(directory, name);
   const bool isListed = static_cast<bool>(opened);
-  if (isListed) readOwnState(directory, opened.get());
+  if (isListed) {
+    readOwnState(directory, opened.get());
+  } else if (std::exchange(directory.allowsContentModifications, false)) {
+    calendars_.reset();
+    isChanged_ = true;
+  }
   if (directory.depth > 0) scanFiles(directory, std::move(opened), std::move(listing->items));
   directory.isListed = isListed;
 }
