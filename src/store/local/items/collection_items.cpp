@@ -38,31 +38,45 @@ bool CollectionItems::ShadowedOrder::operator()(const GroupName& a, const ItemGr
 }
 
 CollectionItems::~CollectionItems() {
+  for (const auto& file : files_) {
+    forEachGroup(*file, [this](const ItemGroup& group) {
+      if (isShown(group)) hide(group);
+    });
+  }
   // What stood behind another file need not step in any more.
   shadowed_.clear();
-  for (const ItemGroup& group : groups_) hide(group);
   groups_.clear();
   while (!files_.empty()) {
     index_.retired.retire(std::move(files_.extract(files_.begin()).value()->items));
   }
 }
 
-void CollectionItems::put(std::unique_ptr<FileRecord> file) {
-  if (const auto former = files_.find(file); former != files_.end()) remove(former);
-  const FileRecord& record = **files_.insert(std::move(file)).first;
+std::unique_ptr<const FileRecord> CollectionItems::put(std::unique_ptr<FileRecord> file) {
+  const FileRecord& record = *file;
+  const auto place =
+      files_.lazy_emplace(file, [&](const auto& emplace) { emplace(std::move(file)); });
+  std::unique_ptr<FileRecord> former;
+  // Where the place was taken, the file is still here.
+  if (file) {
+    former = take(place);
+    files_.insert(std::move(file));
+  }
   forEachGroup(record, [this](const ItemGroup& group) { addGroup(group); });
+  return former;
 }
 
 bool CollectionItems::remove(std::string_view fileName) {
   const auto found = files_.find(stemOf(fileName));
   if (found == files_.end()) return false;
-  remove(found);
+  take(found);
   return true;
 }
 
-void CollectionItems::remove(Files::const_iterator file) {
+std::unique_ptr<FileRecord> CollectionItems::take(Files::const_iterator file) {
   forEachGroup(**file, [this](const ItemGroup& group) { removeGroup(group); });
-  index_.retired.retire(std::move(files_.extract(file).value()->items));
+  std::unique_ptr<FileRecord> taken = std::move(files_.extract(file).value());
+  index_.retired.retire(std::move(taken->items));
+  return taken;
 }
 
 const FileRecord* CollectionItems::file(std::string_view fileName) const {
@@ -71,50 +85,68 @@ const FileRecord* CollectionItems::file(std::string_view fileName) const {
 }
 
 std::optional<ItemGroup> CollectionItems::find(ItemKind kind, std::string_view uid) const {
-  const auto found = groups_.find(GroupName{kind, uid});
-  return found == groups_.end() ? std::nullopt : std::optional(*found);
+  return shown({kind, uid});
 }
 
 std::optional<ItemGroup> CollectionItems::findEquivalent(ItemKind kind,
                                                          std::string_view uid) const {
   const std::string sought = canonicalForm(uid);
-  for (const ItemGroup& group : groups_) {
-    if (group.kind() == kind && canonicalForm(group.uid()) == sought) return group;
+  std::optional<ItemGroup> found;
+  for (const auto& file : files_) {
+    forEachGroup(*file, [&](const ItemGroup& group) {
+      const bool isSought = group.kind() == kind && canonicalForm(group.uid()) == sought;
+      if (isSought && isShown(group)) found = group;
+    });
+    if (found) break;
   }
-  return std::nullopt;
+  return found;
+}
+
+// The group of that name that counts.
+std::optional<ItemGroup> CollectionItems::shown(const GroupName& name) const {
+  if (const auto found = groups_.find(name); found != groups_.end()) return *found;
+  const auto file = files_.find(name.uid);
+  if (file == files_.end() || (*file)->items.empty()) return std::nullopt;
+  const ItemGroup group(**file, 0);
+  return group.namesFile() && group.kind() == name.kind ? std::optional(group) : std::nullopt;
+}
+
+bool CollectionItems::isShown(const ItemGroup& group) const {
+  const auto found = groups_.find(group);
+  return found == groups_.end() ? group.namesFile() : &found->file() == &group.file();
 }
 
 void CollectionItems::addGroup(const ItemGroup& group) {
-  const auto found = groups_.find(group);
-  if (found == groups_.end()) {
-    groups_.insert(group);
+  if (isShown(group)) {
     show(group);
     return;
   }
-  if (found->file().name() <= group.file().name()) {
+  const auto other = shown({group.kind(), group.uid()});
+  if (other && other->file().name() <= group.file().name()) {
     shadowed_.insert(group);
     return;
   }
-  hide(*found);
-  shadowed_.insert(*found);
-  groups_.erase(found);
-  groups_.insert(group);
+  if (other) {
+    hide(*other);
+    shadowed_.insert(*other);
+    groups_.erase(*other);
+  }
+  if (!group.namesFile()) groups_.insert(group);
   show(group);
 }
 
 void CollectionItems::removeGroup(const ItemGroup& group) {
-  const auto found = groups_.find(group);
-  if (found == groups_.end() || &found->file() != &group.file()) {
+  if (!isShown(group)) {
     shadowed_.erase(group);
     return;
   }
   hide(group);
-  groups_.erase(found);
+  groups_.erase(group);
   const auto next = shadowed_.lower_bound(GroupName{group.kind(), group.uid()});
   if (next == shadowed_.end() || !SameGroup()(*next, group)) return;
   const ItemGroup successor = *next;
   shadowed_.erase(next);
-  groups_.insert(successor);
+  if (!successor.namesFile()) groups_.insert(successor);
   show(successor);
 }
 

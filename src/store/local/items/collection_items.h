@@ -37,13 +37,11 @@ class CollectionItems {
   CollectionItems(const CollectionItems&) = delete;
   CollectionItems& operator=(const CollectionItems&) = delete;
 
-  // Makes room for so many more files; most hold one item.
-  void expect(std::size_t files) {
-    files_.reserve(files_.size() + files);
-    groups_.reserve(groups_.size() + files);
-  }
-  // In the place of what the file of that name held before.
-  void put(std::unique_ptr<FileRecord> file);
+  // Makes room for so many more files.
+  void expect(std::size_t files) { files_.reserve(files_.size() + files); }
+  // In the place of what the file of that name held before; returns that without its items, null
+  // when there was none.
+  std::unique_ptr<const FileRecord> put(std::unique_ptr<FileRecord> file);
   // False when there was none.
   bool remove(std::string_view fileName);
 
@@ -107,7 +105,9 @@ class CollectionItems {
 
   using Files = absl::flat_hash_set<std::unique_ptr<FileRecord>, FileHash, SameFile>;
 
-  void remove(Files::const_iterator file);
+  std::unique_ptr<FileRecord> take(Files::const_iterator file);
+  std::optional<ItemGroup> shown(const GroupName& name) const;
+  bool isShown(const ItemGroup& group) const;
   void addGroup(const ItemGroup& group);
   void removeGroup(const ItemGroup& group);
   void show(const ItemGroup& group);
@@ -117,6 +117,8 @@ class CollectionItems {
   std::uint32_t number_;
   ItemIndex& index_;
   Files files_;
+  // The groups that count, but for those that their files are named after, as almost all are: these
+  // are found by the file.
   absl::flat_hash_set<ItemGroup, GroupHash, SameGroup> groups_;
   // Groups that another file's stand before.
   std::set<ItemGroup, ShadowedOrder> shadowed_;

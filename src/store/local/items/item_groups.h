@@ -55,6 +55,8 @@ class ItemGroup {
   std::string_view uid() const { return first().uid(); }
   ItemKind kind() const { return first().kind; }
   ItemSpan items() const;
+  // The file's name is the UID, and this is the first group in it.
+  bool namesFile() const { return first_ == 0 && file_->ownStem == nullptr; }
   // Null when all are overrides.
   const Item* master() const { return first().recurrenceId ? nullptr : &first(); }
   ItemSpan overrides() const { return items().subspan(master() == nullptr ? 0 : 1); }

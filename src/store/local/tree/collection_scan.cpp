@@ -239,7 +239,6 @@ void CollectionTree::order(CollectionDirectory& directory, Descriptor opened, Fi
 void CollectionTree::accept(CollectionDirectory& directory, FileNews news, LoadedFile loaded) {
   FileRecord& record = *loaded.record;
   const std::string_view name = loaded.name;
-  const FileRecord* former = directory.items->file(name);
   // Of almost every file nothing is known but its items.
   if (!directory.unsettled.empty()) directory.unsettled.erase(std::string(name));
   switch (loaded.outcome) {
@@ -264,14 +263,16 @@ void CollectionTree::accept(CollectionDirectory& directory, FileNews news, Loade
     directory.unsettled.emplace(name);
     return;
   }
+  const auto former = put(directory, std::move(loaded.record));
   const bool isSameFile =
       former != nullptr && former->tag == record.tag && record.tag != unknownTag;
   const bool isSameAccess = former != nullptr && former->isUnreadable == record.isUnreadable;
   isChanged_ |= news == FileNews::attributes ? !isSameAccess : !isSameFile || !isSameAccess;
-  put(directory, std::move(loaded.record));
 }
 
-void CollectionTree::put(CollectionDirectory& directory, std::unique_ptr<FileRecord> record) {
+// Returns what the file was before; null when there was none.
+std::unique_ptr<const FileRecord> CollectionTree::put(CollectionDirectory& directory,
+                                                      std::unique_ptr<FileRecord> record) {
   CollectionItems& items = *directory.items;
   const auto kinds = [&] {
     return std::tuple(items.isEmpty(), items.hasEvents(), items.hasTodos());
@@ -280,8 +281,9 @@ void CollectionTree::put(CollectionDirectory& directory, std::unique_ptr<FileRec
   if (!record->isLinked && !directory.linkedFiles.empty()) {
     releaseTarget(directory, record->name());
   }
-  items.put(std::move(record));
+  auto replaced = items.put(std::move(record));
   if (kinds() != former) calendars_.reset();
+  return replaced;
 }
 
 void CollectionTree::remove(CollectionDirectory& directory, std::string_view fileName) {

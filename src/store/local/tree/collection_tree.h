@@ -82,7 +82,8 @@ class CollectionTree {
              CollectionDirectory::FileNews news);
   void accept(CollectionDirectory& directory, CollectionDirectory::FileNews news,
               LoadedFile loaded);
-  void put(CollectionDirectory& directory, std::unique_ptr<FileRecord> record);
+  std::unique_ptr<const FileRecord> put(CollectionDirectory& directory,
+                                        std::unique_ptr<FileRecord> record);
   void remove(CollectionDirectory& directory, std::string_view fileName);
   void forget(CollectionDirectory& directory, const std::string& fileName);
   void watchTarget(CollectionDirectory& directory, const std::string& fileName);
