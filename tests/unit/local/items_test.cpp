@@ -135,6 +135,16 @@ TEST_F(Items, IdentifierOfASeriesGivesTheFirstThatIsLeft) {
   EXPECT_EQ(store().eventWithIdentifier(""), nullptr);
 }
 
+TEST_F(Items, OfTwoFirstsTheOneMeantEarlierIsGiven) {
+  write(root() / "work/s.ics",
+        seriesText(component("RECURRENCE-ID:20250305T100000Z\r\nDTSTART:20250303T100000Z\r\n"
+                             "SUMMARY:Moved\r\n")));
+  const EventRef first = store().eventWithIdentifier("work:s");
+  ASSERT_NE(first, nullptr);
+  EXPECT_EQ(first->title(), "Series");
+  EXPECT_EQ(first->occurrenceDate(), instant(2025, 3, 3, 10));
+}
+
 TEST_F(Items, RangesAreHalfOpen) {
   write(root() / "work/a.ics", eventText("a", "Hour"));
   write(root() / "work/b.ics",

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <tuple>
 
 #include "store/local/recurrence/recurrence.h"
 #include "store/local/text/instants.h"
@@ -99,7 +100,9 @@ std::optional<PlacedEvent> firstEvent(const ItemGroup& group, std::uint32_t coll
   const bool isSeries = master != nullptr && master->series != nullptr;
   std::optional<PlacedEvent> first;
   const auto consider = [&](const PlacedEvent& event) {
-    if (!first || event.start < first->start) first = event;
+    if (!first ||
+        std::tie(event.start, event.occurrence) < std::tie(first->start, first->occurrence))
+      first = event;
   };
   bool isMasterReplaced = false;
   for (const auto& item : group.overrides()) {
