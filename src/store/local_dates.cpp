@@ -6,6 +6,8 @@
 #include <cmath>
 #include <string_view>
 
+#include "store/local_time_zone.h"
+
 namespace tidemark {
 namespace {
 
@@ -37,19 +39,19 @@ std::optional<absl::TimeZone> zoneNamed(const std::string& name) {
 }  // namespace
 
 void loadLocalZone() {
-  static_cast<void>(absl::LocalTimeZone());
+  static_cast<void>(localTimeZone());
 }
 
 Instant startOfDay(std::chrono::year_month_day day) {
   const absl::CivilDay date(static_cast<int>(day.year()), static_cast<unsigned>(day.month()),
                             static_cast<unsigned>(day.day()));
   // Of a skipped time this is the change that skips it, of a doubled one the first.
-  return toInstant(absl::FromCivil(date, absl::LocalTimeZone()));
+  return toInstant(absl::FromCivil(date, localTimeZone()));
 }
 
 std::optional<Instant> instantOf(const DateComponents& components) {
   if (!components.year || !components.month || !components.day) return std::nullopt;
-  const auto zone = components.timeZone ? zoneNamed(*components.timeZone) : absl::LocalTimeZone();
+  const auto zone = components.timeZone ? zoneNamed(*components.timeZone) : localTimeZone();
   if (!zone) return std::nullopt;
   const absl::CivilDay day(*components.year, *components.month, *components.day);
   if (!components.hour && !components.minute && !components.second)
@@ -62,7 +64,7 @@ std::optional<Instant> instantOf(const DateComponents& components) {
 
 DateComponents localComponents(Instant instant, Precision precision) {
   const auto seconds = static_cast<std::int64_t>(std::floor(instant.time_since_epoch().count()));
-  const absl::CivilSecond wall = absl::LocalTimeZone().At(absl::FromUnixSeconds(seconds)).cs;
+  const absl::CivilSecond wall = localTimeZone().At(absl::FromUnixSeconds(seconds)).cs;
   DateComponents components;
   components.year = static_cast<int>(wall.year());
   components.month = wall.month();

@@ -13,9 +13,9 @@ WIRE = {f"host/{name}.h"
 ALLOWED = {
     "wire": set(),
     "store": set(),
-    # The first three are one library: a zone of a file's own is made of text and of rules.
+    # These three are one library: a zone of a file's own is made of text and of rules.
     "store/local/text": {"store", "store/local/zones", "store/local/recurrence"},
-    "store/local/zones": {"store/local/text", "store/local/recurrence"},
+    "store/local/zones": {"store", "store/local/text", "store/local/recurrence"},
     "store/local/recurrence": {"store/local/text", "store/local/zones"},
     "store/local/editor": {"store", "store/local/text", "store/local/zones", "store/local/recurrence"},
     "store/local/files": {"store"},

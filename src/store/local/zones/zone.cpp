@@ -16,6 +16,7 @@
 #include "store/local/zones/fixed_zone.h"
 #include "store/local/zones/transition_zone.h"
 #include "store/local/zones/zone_name.h"
+#include "store/local_time_zone.h"
 
 namespace tidemark::local {
 namespace {
@@ -117,6 +118,10 @@ const Zone& findLocalZone() {
   // run.
   const char* const variable = std::getenv("TZ");
   std::string name = variable ? variable : "localtime";
+  // Before names, since "UTC-02" is also what Windows calls a zone behind UTC.
+  if (const auto zone = fixedTimeZone(name)) {
+    return *zone == absl::UTCTimeZone() ? utcZone() : *new SystemZone(std::string(), *zone);
+  }
   if (name.starts_with(':')) name.erase(0, 1);
   if (name == "localtime") {
     name = zoneNameOfPath("/etc/localtime");
