@@ -18,8 +18,7 @@ bool isSamePlace(const Item& a, const Item& b) {
 }
 
 auto newness(const Item& item) {
-  constexpr UtcSeconds never = std::numeric_limits<UtcSeconds>::min();
-  return std::tuple(item.sequence, item.lastModified.value_or(never));
+  return std::tuple(item.sequence, item.lastModified);
 }
 
 bool comesBefore(const std::unique_ptr<Item>& a, const std::unique_ptr<Item>& b) {

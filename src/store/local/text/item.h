@@ -5,6 +5,8 @@
 #pragma once
 
 #include <array>
+#include <cassert>
+#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -29,19 +31,26 @@ struct Moment {
   UtcSeconds toUtc() const { return zone->toUtc(wall); }
 };
 
-// A std::optional<Moment> of half the size, to be kept: the flags share a word with the reading,
-// and what is present has a zone. Gives copies.
+// A std::optional<Moment> in one word, to be kept: reading, flags and the number of the zone, which
+// is interned. Gives copies.
 class OptionalMoment {
  public:
   OptionalMoment() = default;
   OptionalMoment(const Moment& moment)
-      : reading_(moment.wall * 4 + moment.isDate * 2 + moment.isFloating), zone_(moment.zone) {}
-  OptionalMoment(const std::optional<Moment>& moment) : OptionalMoment(moment.value_or(Moment())) {}
+      : word_(((moment.wall * 2 + moment.isDate) * 2 + moment.isFloating) * zoneLimit +
+              moment.zone->number()) {
+    assert(moment.zone->number() != 0);
+  }
+  OptionalMoment(const std::optional<Moment>& moment) {
+    if (moment) *this = *moment;
+  }
 
-  bool has_value() const { return zone_ != nullptr; }
+  bool has_value() const { return word_ != 0; }
   explicit operator bool() const { return has_value(); }
   Moment operator*() const {
-    return {reading_ >> 2, zone_, (reading_ & 2) != 0, (reading_ & 1) != 0};
+    return {word_ >> (zoneBits + 2),
+            &Zone::ofNumber(static_cast<std::uint32_t>(word_ & (zoneLimit - 1))),
+            (word_ >> zoneBits & 2) != 0, (word_ >> zoneBits & 1) != 0};
   }
   struct Arrow {
     Moment moment;
@@ -53,8 +62,31 @@ class OptionalMoment {
   }
 
  private:
-  std::int64_t reading_ = 0;
-  const Zone* zone_ = nullptr;
+  static constexpr int zoneBits = 16;
+  static constexpr std::int64_t zoneLimit = std::int64_t{1} << zoneBits;
+  static_assert(Zone::maximumNumber < zoneLimit);
+
+  // No zone has the number 0, so that only an absent moment is 0.
+  std::int64_t word_ = 0;
+};
+
+// A std::optional<UtcSeconds> of half the size, to be kept. An absent one is the earliest.
+class OptionalInstant {
+ public:
+  OptionalInstant() = default;
+  OptionalInstant(UtcSeconds instant) : instant_(instant) {}
+
+  bool has_value() const { return instant_ != absent; }
+  explicit operator bool() const { return has_value(); }
+  UtcSeconds operator*() const { return instant_; }
+  operator std::optional<UtcSeconds>() const {
+    return has_value() ? std::optional(instant_) : std::nullopt;
+  }
+  friend auto operator<=>(const OptionalInstant&, const OptionalInstant&) = default;
+
+ private:
+  static constexpr UtcSeconds absent = INT64_MIN;
+  UtcSeconds instant_ = absent;
 };
 
 // RFC 5545, 3.3.6: days are days of the calendar, seconds are exact.
@@ -92,8 +124,8 @@ enum class ItemKind : std::uint8_t { event, todo };
 enum class TodoStatus : std::uint8_t { none, needsAction, inProcess, completed, cancelled };
 
 struct Todo {
-  OptionalMoment due;                   // DUE, else DTSTART + DURATION
-  std::optional<UtcSeconds> completed;  // COMPLETED
+  OptionalMoment due;         // DUE, else DTSTART + DURATION
+  OptionalInstant completed;  // COMPLETED
   TodoStatus status = TodoStatus::none;
   std::int16_t percentComplete = 0;
   std::int16_t priority = 0;
@@ -101,7 +133,7 @@ struct Todo {
 
 // All of an item but its texts.
 struct ItemProperties {
-  std::optional<UtcSeconds> lastModified;
+  OptionalInstant lastModified;
   OptionalMoment start;
   OptionalMoment end;  // DTEND
   OptionalMoment recurrenceId;

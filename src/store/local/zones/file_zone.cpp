@@ -221,9 +221,8 @@ class FileZones {
     std::unique_ptr<FileZone> zone;
     if (!observances.empty()) zone = std::make_unique<FileZone>(std::move(observances));
     const std::unique_lock lock(mutex_);
-    const auto [entry, isNew] = zones_.emplace(vtimezone, zone.get());
-    // Never freed: a zone lives as long as the process.
-    if (isNew) static_cast<void>(zone.release());
+    const auto [entry, isNew] = zones_.emplace(vtimezone, nullptr);
+    if (isNew && zone) entry->second = Zone::intern(std::move(zone));
     return entry->second;
   }
 

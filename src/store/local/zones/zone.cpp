@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <system_error>
@@ -80,15 +81,16 @@ class SystemZones {
  private:
   // Far more than there are zones; calendars with more TZIDs than this are slower to read.
   static constexpr std::size_t maximumTzids = 10'000;
+  // More than the database has, unless its files have names in any case.
+  static constexpr std::size_t maximumZones = 10'000;
 
   const Zone* load(std::string_view name) {
     if (const auto found = byName_.find(name); found != byName_.end()) return found->second;
     if (name == "UTC") return &utcZone();
     std::string ownName(name);
     absl::TimeZone zone;
-    if (!absl::LoadTimeZone(ownName, &zone)) return nullptr;
-    // Never freed: a zone lives as long as the process.
-    return byName_[ownName] = new SystemZone(ownName, zone);
+    if (byName_.size() >= maximumZones || !absl::LoadTimeZone(ownName, &zone)) return nullptr;
+    return byName_[ownName] = Zone::intern(std::make_unique<SystemZone>(ownName, zone));
   }
 
   std::shared_mutex mutex_;
@@ -120,7 +122,8 @@ const Zone& findLocalZone() {
   std::string name = variable ? variable : "localtime";
   // Before names, since "UTC-02" is also what Windows calls a zone behind UTC.
   if (const auto zone = fixedTimeZone(name)) {
-    return *zone == absl::UTCTimeZone() ? utcZone() : *new SystemZone(std::string(), *zone);
+    if (*zone == absl::UTCTimeZone()) return utcZone();
+    return *Zone::intern(std::make_unique<SystemZone>(std::string(), *zone));
   }
   if (name.starts_with(':')) name.erase(0, 1);
   if (name == "localtime") {
@@ -133,10 +136,20 @@ const Zone& findLocalZone() {
   }
   const absl::TimeZone zone = absl::LocalTimeZone();
   if (zone == absl::UTCTimeZone()) return utcZone();
-  return *new SystemZone(isZoneName(name) ? name : std::string(), zone);
+  return *Zone::intern(std::make_unique<SystemZone>(isZoneName(name) ? name : std::string(), zone));
 }
 
 }  // namespace
+
+constinit std::array<std::atomic<const Zone*>, Zone::maximumNumber + 1> Zone::interned_ = {};
+
+const Zone* Zone::intern(std::unique_ptr<Zone> zone) {
+  static std::atomic<std::uint32_t> count = 0;
+  zone->number_ = ++count;
+  const Zone* const kept = zone.release();
+  interned_[kept->number_].store(kept, std::memory_order_relaxed);
+  return kept;
+}
 
 const Zone& localZone() {
   static const Zone& zone = findLocalZone();
@@ -144,7 +157,7 @@ const Zone& localZone() {
 }
 
 const Zone& utcZone() {
-  static const Zone& zone = *new FixedZone(0, "UTC");
+  static const Zone& zone = *Zone::intern(std::make_unique<FixedZone>(0, "UTC"));
   return zone;
 }
 

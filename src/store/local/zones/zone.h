@@ -5,6 +5,8 @@
 // Every function may be called from any thread.
 #pragma once
 
+#include <array>
+#include <atomic>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -32,6 +34,21 @@ class Zone {
   // What DateComponents::timeZone says for a time of this zone at that instant: an IANA name,
   // "UTC", or "GMT+hhmm" where only the file knows the zone.
   virtual std::string nameAt(UtcSeconds utc) const = 0;
+
+  // Zones that are interned are numbered from 1; others have the number 0.
+  static constexpr std::uint32_t maximumNumber = 30'000;
+  std::uint32_t number() const { return number_; }
+  static const Zone& ofNumber(std::uint32_t number) {
+    // Who has a number got it from another thread in a way that orders the two.
+    return *interned_[number].load(std::memory_order_relaxed);
+  }
+
+  // Gives the zone a number and keeps it for ever. At most maximumNumber may be.
+  static const Zone* intern(std::unique_ptr<Zone> zone);
+
+ private:
+  static std::array<std::atomic<const Zone*>, maximumNumber + 1> interned_;
+  std::uint32_t number_ = 0;
 };
 
 // The process's local zone.
