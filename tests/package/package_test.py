@@ -164,8 +164,8 @@ class Package(unittest.TestCase):
         self.assertNotIn("@", shown.stdout)
 
 
-if not all(map(shutil.which, ("cpack", "dpkg", "dpkg-shlibdeps", "chroot"))):
-    print("skipped: needs cpack, dpkg and dpkg-shlibdeps")
+if not all(map(shutil.which, ("cpack", "dpkg", "dpkg-shlibdeps", "file", "chroot"))):
+    print("skipped: needs cpack, dpkg, dpkg-shlibdeps and file")
     sys.exit(SKIPPED)
 if os.geteuid() != 0:
     # Root of a namespace of its own is enough, where the kernel gives one.
