@@ -91,10 +91,11 @@ int runBridge(const std::function<std::unique_ptr<Store>()>& makeStore) {
 
   store = makeStore().release();
   store->setChangeObserver(onStoreChanged);
-  loadLocalZone();
   // From here on a second thread exists; an early answer may precede the ready line.
   std::thread(readLoop).detach();
   sayReady();
+  // Not before, since it takes a quarter of a millisecond.
+  loadLocalZone();
   store->run();
   return EXIT_SUCCESS;
 }

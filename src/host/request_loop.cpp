@@ -12,6 +12,7 @@
 #include "host/line_reader.h"
 #include "host/process_end.h"
 #include "host/reply_channel.h"
+#include "store/local_dates.h"
 
 namespace tidemark {
 namespace {
@@ -68,7 +69,11 @@ void handleLine(std::string_view line) {
 
 void readLoop() noexcept {
   LineReader reader(STDIN_FILENO);
-  while (const auto line = reader.next()) handleLine(*line);
+  while (const auto line = reader.next()) {
+    // The main thread does it once the ready line is out, or is about to; nothing the second time.
+    loadLocalZone();
+    handleLine(*line);
+  }
 
   const auto deadline = std::chrono::steady_clock::now() + endOfInputWait;
   pending.waitUntilNone(deadline);

@@ -4,6 +4,7 @@
 #include <absl/time/time.h>
 
 #include <cmath>
+#include <mutex>
 #include <string_view>
 
 #include "store/local_time_zone.h"
@@ -39,7 +40,8 @@ std::optional<absl::TimeZone> zoneNamed(const std::string& name) {
 }  // namespace
 
 void loadLocalZone() {
-  static_cast<void>(localTimeZone());
+  static std::once_flag once;
+  std::call_once(once, [] { static_cast<void>(localTimeZone()); });
 }
 
 Instant startOfDay(std::chrono::year_month_day day) {

@@ -1,7 +1,7 @@
 // Between instants and what a clock and a calendar on the wall show, in the process's local zone
 // (TZ, else the system's) or in one that is named. Gregorian.
 //
-// Any thread, once the local zone is loaded.
+// Any thread that called loadLocalZone() before.
 #pragma once
 
 #include <chrono>
@@ -11,8 +11,8 @@
 
 namespace tidemark {
 
-// Reads the local zone from the environment and the zone database. Called while the process has one
-// thread.
+// Reads the local zone from the environment and the zone database, once; who comes meanwhile waits.
+// So a zone library that sets itself up at its first use does that before anybody can race it.
 void loadLocalZone();
 
 // The first instant of the day in the local zone: midnight, or, where a change of the clocks skips
