@@ -50,6 +50,19 @@ TEST(SystemZone, IsFoundBehindAVendorsPrefix) {
   EXPECT_EQ(systemZone("/vendor.example/EST"), nullptr);
 }
 
+TEST(SystemZone, IsFoundInAnyCase) {
+  const auto noonIn = [](const Zone* zone) {
+    return zone ? testing::textOf(zone->toUtc(reading("20250701T120000"))) : "none";
+  };
+  EXPECT_EQ(noonIn(systemZone("europe/berlin")), "20250701T100000");
+  EXPECT_EQ(noonIn(systemZone("AMERICA/ARGENTINA/BUENOS_AIRES")), "20250701T150000");
+  EXPECT_EQ(noonIn(systemZone("/vendor.example/Zones/america/port-au-prince")), "20250701T160000");
+  EXPECT_EQ(noonIn(systemZone("gmt")), "20250701T120000");
+  for (const char* tzid : {"europe", "LocalTime", "RIGHT", "Right/Nowhere", "nowhere/land"}) {
+    EXPECT_EQ(noonIn(systemZone(tzid)), "none") << tzid;
+  }
+}
+
 TEST(SystemZone, IsNothingElseThatTheDatabaseMightOpen) {
   for (const char* tzid : {"",
                            "/",

@@ -8,6 +8,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <shared_mutex>
 #include <system_error>
 #include <unordered_map>
@@ -59,6 +60,35 @@ struct StringHash : std::hash<std::string_view> {
 };
 using ZonesByName = std::unordered_map<std::string, const Zone*, StringHash, std::equal_to<>>;
 
+std::string lowered(std::string_view name) {
+  std::string result(name);
+  for (char& byte : result) {
+    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
+  }
+  return result;
+}
+
+// The names of the database by what they are in lower case: case says nothing in a parameter
+// (RFC 5545, 3.2), but does in the names of files.
+std::unordered_map<std::string, std::string> readDatabaseNames() {
+  namespace fs = std::filesystem;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nothing in the process sets the environment.
+  const char* const variable = std::getenv("TZDIR");
+  const fs::path database = variable ? variable : "/usr/share/zoneinfo";
+  std::unordered_map<std::string, std::string> names;
+  std::error_code error;
+  for (fs::recursive_directory_iterator entry(database, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().lexically_relative(database).string();
+    if (!isZoneName(name)) {
+      entry.disable_recursion_pending();
+    } else if (entry->is_regular_file(error)) {
+      names.emplace(lowered(name), name);
+    }
+  }
+  return names;
+}
+
 // Every answer so far, the null ones included, since the database looks for a name on disk each
 // time.
 class SystemZones {
@@ -89,13 +119,20 @@ class SystemZones {
     if (name == "UTC") return &utcZone();
     std::string ownName(name);
     absl::TimeZone zone;
-    if (byName_.size() >= maximumZones || !absl::LoadTimeZone(ownName, &zone)) return nullptr;
+    if (byName_.size() >= maximumZones) return nullptr;
+    if (!absl::LoadTimeZone(ownName, &zone)) {
+      if (!databaseNames_) databaseNames_ = readDatabaseNames();
+      const auto spelt = databaseNames_->find(lowered(name));
+      return spelt == databaseNames_->end() || spelt->second == name ? nullptr
+                                                                     : load(spelt->second);
+    }
     return byName_[ownName] = Zone::intern(std::make_unique<SystemZone>(ownName, zone));
   }
 
   std::shared_mutex mutex_;
   ZonesByName byTzid_;
   ZonesByName byName_;
+  std::optional<std::unordered_map<std::string, std::string>> databaseNames_;  // once needed
 };
 
 SystemZones& systemZones() {

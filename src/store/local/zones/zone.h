@@ -56,8 +56,8 @@ const Zone& localZone();
 const Zone& utcZone();
 
 // The system's zone of that TZID: an IANA name, one behind a vendor's prefix
-// ("/example.org/Olson_1/Europe/Berlin"), or a Windows name ("W. Europe Standard Time"). Null when
-// the system has none.
+// ("/example.org/Olson_1/Europe/Berlin"), or a Windows name ("W. Europe Standard Time"). ASCII case
+// does not matter. Null when the system has none.
 const Zone* systemZone(std::string_view tzid);
 
 // The zone that a VTIMEZONE component describes (its text, from BEGIN:VTIMEZONE through
