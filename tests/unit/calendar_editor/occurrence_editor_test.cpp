@@ -205,6 +205,19 @@ TEST(OccurrenceEditor, ThatOthersFollowChangesAlone) {
   EXPECT_EQ(lineOf(own, "DTSTART"), "DTSTART:20250330T100000Z");
 }
 
+TEST(OccurrenceEditor, ThatIsNoneOfTheSeriesButOthersFollowChangesAlone) {
+  std::string text = seriesThatChanges();
+  text.insert(text.find(daily), crlf({"EXDATE;TZID=Europe/Berlin:20250330T100000"}));
+  const std::string after = changed(text, titled("new"), at("2025-03-30T10:00:00"));
+  const std::string later = componentOf(after, "VEVENT", 1);
+  EXPECT_EQ(lineOf(later, "SUMMARY"), "SUMMARY:noon");
+  EXPECT_EQ(lineOf(later, "RECURRENCE-ID"),
+            "RECURRENCE-ID;TZID=Europe/Berlin;RANGE=THISANDFUTURE:20250331T100000");
+  const std::string own = componentOf(after, "VEVENT", 2);
+  EXPECT_EQ(lineOf(own, "SUMMARY"), "SUMMARY:new");
+  EXPECT_EQ(lineOf(own, "RECURRENCE-ID"), "RECURRENCE-ID;TZID=Europe/Berlin:20250330T100000");
+}
+
 TEST(OccurrenceEditor, ThatOthersFollowGoesAlone) {
   const std::string after = withoutOccurrence(seriesThatChanges(), at("2025-03-30T10:00:00"));
   EXPECT_EQ(lineOf(after, "EXDATE"), "EXDATE;TZID=Europe/Berlin:20250330T100000");

@@ -32,9 +32,13 @@ std::optional<Target> targetOf(const ItemFamily& family, UtcSeconds occurrence) 
   const auto override = family.overrideOf(occurrence);
   const auto found = family.occurrenceAt(occurrence);
   if (override) {
-    const bool countsForLaterOnes = override->item->thisAndFuture && found;
+    const Item& item = *override->item;
+    // It counts for later ones also where it meets no occurrence itself.
+    const Moment meant = found ? found->start : *item.recurrenceId;
+    const bool countsForLaterOnes = item.thisAndFuture && family.isSeries() &&
+                                    meant.isDate == family.master->item->start->isDate;
     if (!countsForLaterOnes) return Target{*override, {}};
-    return Target{*override, NewOverride{found->start, spanOf(*override->item)}};
+    return Target{*override, NewOverride{meant, spanOf(item)}};
   }
   if (found) {
     if (const auto followed = family.followedAt(occurrence)) {
