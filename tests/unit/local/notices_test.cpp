@@ -167,6 +167,10 @@ TEST_F(Notices, TellThatARootCame) {
   EXPECT_EQ(served.eventWithIdentifier("work:a")->title(), "A");
   expectNoticeOf("it went", [&] { fs::rename(later, scratch() / "not/gone"); });
   expectNoticeOf("it is back", [&] { fs::rename(scratch() / "not/gone", later); });
+  expectNoticeOf("it went with what it is in",
+                 [&] { fs::rename(scratch() / "not", scratch() / "gone"); });
+  expectNoticeOf("and is back", [&] { fs::rename(scratch() / "gone", scratch() / "not"); });
+  EXPECT_EQ(served.eventWithIdentifier("work:a")->title(), "A");
 }
 
 TEST_F(Notices, TellThatABetterRootCame) {

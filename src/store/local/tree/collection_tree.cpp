@@ -216,12 +216,18 @@ bool CollectionTree::isRootSame() const {
   return path && *path == root_->path && identityOf(*path) == root_->identity;
 }
 
-// Watches what tells that a root comes that counts before the present one: of each path the nearest
-// directory that exists.
+// Watches what tells that a root comes that counts before the present one, of each path the nearest
+// directory that exists, and that the present one goes with a directory above it.
 void CollectionTree::watchCandidates() {
   std::vector<WatchId> watches;
   for (const std::string& candidate : candidates_) {
-    if (root_ != nullptr && candidate == root_->path) break;
+    if (root_ != nullptr && candidate == root_->path) {
+      for (std::string above = parentOf(candidate); above != "/"; above = parentOf(above)) {
+        const auto watch = watches_.watch(above, Watcher::Interest::place, nullptr);
+        if (watch) watches.push_back(*watch);
+      }
+      break;
+    }
     // One that came before the watch did was told to nobody, and the next may come in it.
     std::string watched;
     for (std::string nearest = nearestAncestor(candidate); nearest != watched;

@@ -41,6 +41,7 @@ class Watcher {
   enum class Interest {
     names,     // entries that come and go
     contents,  // what is written into entries as well
+    place,     // only that the directory itself is moved or goes
   };
 
   virtual ~Watcher() = default;

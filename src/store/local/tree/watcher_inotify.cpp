@@ -15,9 +15,22 @@
 namespace tidemark::local {
 namespace {
 
+constexpr std::uint32_t placeEvents = IN_DELETE_SELF | IN_MOVE_SELF;
 constexpr std::uint32_t nameEvents =
-    IN_CREATE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE | IN_DELETE_SELF | IN_MOVE_SELF;
+    placeEvents | IN_CREATE | IN_MOVED_FROM | IN_MOVED_TO | IN_DELETE;
 constexpr std::uint32_t contentEvents = nameEvents | IN_MODIFY | IN_CLOSE_WRITE | IN_ATTRIB;
+
+std::uint32_t eventsOf(Watcher::Interest interest) {
+  switch (interest) {
+    case Watcher::Interest::place:
+      return placeEvents;
+    case Watcher::Interest::names:
+      return nameEvents;
+    case Watcher::Interest::contents:
+      break;
+  }
+  return contentEvents;
+}
 
 // File systems on which other machines, or a process that serves the files, make changes that no
 // watch here sees (statfs(2), f_type). All of FUSE counts, whatever is behind it.
@@ -68,9 +81,9 @@ class InotifyWatcher final : public Watcher {
 
   std::optional<WatchId> watch(const std::string& directory, Interest interest) override {
     if (!inotify_ || isFar(directory)) return std::nullopt;
-    const std::uint32_t events = interest == Interest::names ? nameEvents : contentEvents;
-    const int watch = ::inotify_add_watch(inotify_.get(), directory.c_str(),
-                                          events | IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD);
+    constexpr std::uint32_t flags = IN_ONLYDIR | IN_EXCL_UNLINK | IN_MASK_ADD;
+    const int watch =
+        ::inotify_add_watch(inotify_.get(), directory.c_str(), eventsOf(interest) | flags);
     return watch < 0 ? std::nullopt : std::optional(watch);
   }
 
