@@ -55,6 +55,20 @@ TEST_F(Collections, AreWhatTheyHoldWithoutMetadata) {
   EXPECT_EQ(identifiers(EntityType::event), (Titles{"events", "mixed", "nothing", "todos"}));
 }
 
+TEST_F(Collections, AreWhatIsLeftInThem) {
+  write(root() / "mixed/a.ics", eventText("a", "A"));
+  write(root() / "mixed/b.ics", todoText("b", "B"));
+  write(root() / "outer/a.ics", eventText("a", "A"));
+  makeDirectory("outer/inner");
+  EXPECT_EQ(identifiers(EntityType::event), (Titles{"mixed", "outer", "outer/inner"}));
+  fs::remove(root() / "mixed/a.ics");
+  EXPECT_EQ(identifiers(EntityType::event), (Titles{"outer", "outer/inner"}));
+  fs::remove(root() / "mixed/b.ics");
+  EXPECT_EQ(identifiers(EntityType::event), (Titles{"mixed", "outer", "outer/inner"}));
+  fs::remove(root() / "outer/a.ics");
+  EXPECT_EQ(identifiers(EntityType::event), (Titles{"mixed", "outer/inner"}));
+}
+
 TEST_F(Collections, ShowOnlyWhatTheySay) {
   write(root() / "events/supported-calendar-component-set", "VEVENT");
   write(root() / "events/a.ics", eventText("a", "A"));

@@ -51,6 +51,11 @@ bool isUnchanged(const FileRecord& file, int directory, const char* name) {
          tagOf(status) == file.tag;
 }
 
+// What a calendar says of its items.
+std::tuple<bool, bool, bool> kindsIn(const CollectionItems& items) {
+  return {items.isEmpty(), items.hasEvents(), items.hasTodos()};
+}
+
 // Whether the file may be read now, as far as can be told without reading all of it.
 bool isHalfWritten(const CollectionDirectory& directory, int opened, const std::string& name) {
   return directory.beingWritten.contains(name) && !FileReader::endsAsCalendar(opened, name.c_str());
@@ -274,21 +279,20 @@ void CollectionTree::accept(CollectionDirectory& directory, FileNews news, Loade
 std::unique_ptr<const FileRecord> CollectionTree::put(CollectionDirectory& directory,
                                                       std::unique_ptr<FileRecord> record) {
   CollectionItems& items = *directory.items;
-  const auto kinds = [&] {
-    return std::tuple(items.isEmpty(), items.hasEvents(), items.hasTodos());
-  };
-  const auto former = kinds();
+  const auto former = kindsIn(items);
   if (!record->isLinked && !directory.linkedFiles.empty()) {
     releaseTarget(directory, record->name());
   }
   auto replaced = items.put(std::move(record));
-  if (kinds() != former) calendars_.reset();
+  if (kindsIn(items) != former) calendars_.reset();
   return replaced;
 }
 
 void CollectionTree::remove(CollectionDirectory& directory, std::string_view fileName) {
-  if (!directory.items->remove(fileName)) return;
-  calendars_.reset();
+  CollectionItems& items = *directory.items;
+  const auto former = kindsIn(items);
+  if (!items.remove(fileName)) return;
+  if (kindsIn(items) != former) calendars_.reset();
   isChanged_ = true;
 }
 
