@@ -31,6 +31,7 @@ std::size_t ChangeNotices::wait(int descriptor) {
   // Descriptors below zero are passed over.
   std::array<pollfd, 2> polled = {{{readEnd_.get(), POLLIN, 0}, {descriptor, POLLIN, 0}}};
   static_cast<void>(::poll(polled.data(), polled.size(), -1));
+  if ((polled.front().revents & POLLIN) == 0) return 0;
   std::array<char, 256> posted{};
   const ssize_t count = ::read(readEnd_.get(), posted.data(), posted.size());
   return count > 0 ? static_cast<std::size_t>(count) : 0;

@@ -156,8 +156,9 @@ class LocalStore final : public Store {
     while (true) {
       notices_.deliver(notices_.wait(tree_.watchDescriptor()));
       // The host is told before the change is read in; a query that it sends now waits for that.
-      notices_.deliver(lockedNotices([this] { tree_.takeNews(); }));
-      notices_.deliver(lockedNotices([this] { tree_.refresh(); }));
+      bool isNews = false;
+      notices_.deliver(lockedNotices([&] { isNews = tree_.takeNews(); }));
+      if (isNews) notices_.deliver(lockedNotices([this] { tree_.refresh(); }));
     }
   }
 

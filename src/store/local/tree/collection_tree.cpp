@@ -55,7 +55,7 @@ void CollectionTree::beginWatching() {
   }
 }
 
-void CollectionTree::takeNews() {
+bool CollectionTree::takeNews() {
   const WatchBatch batch = watches_.watcher().drain();
   if (batch.isIncomplete) isSuspect_ = true;
   // Asked before they are acted on: an event that ends a watch takes its users away.
@@ -65,6 +65,7 @@ void CollectionTree::takeNews() {
     isAnnounced_ = true;
   }
   for (const WatchEvent& event : batch.events) route(event);
+  return isSuspect_ || hasCandidateNews_ || (root_ != nullptr && hasWorkBelow(*root_));
 }
 
 // An answer shows it, whatever is in the file. What is only created or written to may be half of a
@@ -284,6 +285,12 @@ bool CollectionTree::settleTree(CollectionDirectory& directory) {
   if (isDone) settle(directory);
   for (const auto& [name, child] : directory.children) isDone |= settleTree(*child);
   return isDone;
+}
+
+bool CollectionTree::hasWorkBelow(const CollectionDirectory& directory) {
+  const auto hasWork = [](const auto& child) { return hasWorkBelow(*child.second); };
+  return directory.hasWork() ||
+         std::any_of(directory.children.begin(), directory.children.end(), hasWork);
 }
 
 std::uint32_t CollectionTree::takeNumber(CollectionDirectory& directory) {

@@ -31,8 +31,8 @@ class CollectionTree {
   // the root.
   void beginWatching();
   // Takes in what the watches tell and counts the notices that are certainly due, without acting on
-  // it: quick, whatever happened.
-  void takeNews();
+  // it: quick, whatever happened. False when none of it was of interest.
+  bool takeNews();
   // Makes everything as it is on disk. What happened before the call is in.
   void refresh();
   // Reads again what the system refused to let us read before.
@@ -64,6 +64,7 @@ class CollectionTree {
   bool finishBatch();
   bool settleAll();
   bool settleTree(CollectionDirectory& directory);
+  static bool hasWorkBelow(const CollectionDirectory& directory);
   void load();
   std::uint32_t takeNumber(CollectionDirectory& directory);
   void addChild(CollectionDirectory& parent, const std::string& name,
