@@ -43,7 +43,8 @@ FileTag tagOf(const struct stat& status) {
   hash = mix(hash, static_cast<std::uint64_t>(status.st_size));
   hash = mix(hash, nanoseconds(status.st_mtim));
   hash = mix(hash, nanoseconds(status.st_ctim));
-  return hash == unknownTag ? 1 : hash;
+  const FileTag tag = hash & lastFileTag;
+  return tag == unknownTag ? 1 : tag;
 }
 
 bool isYoung(const struct stat& status) {

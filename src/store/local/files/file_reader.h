@@ -18,8 +18,10 @@ namespace tidemark::local {
 inline constexpr std::size_t maximumFileSize = std::size_t{256} << 20;
 
 // Device, inode, size, mtime and ctime in one number: while it is the same, so is the file, unless
-// it is young.
+// it is young. It has so many bits that a few flags find room beside it.
 using FileTag = std::uint64_t;
+inline constexpr int fileTagBits = 61;
+inline constexpr FileTag lastFileTag = (FileTag{1} << fileTagBits) - 1;
 // Of a file whose state was not asked for. No state has this tag.
 inline constexpr FileTag unknownTag = 0;
 FileTag tagOf(const struct stat& status);

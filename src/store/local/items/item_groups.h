@@ -29,11 +29,11 @@ struct FileRecord {
 
   // The file's name without ".ics"; null where it is the UID of the first item, as almost always.
   std::unique_ptr<const std::string> ownStem;
-  FileTag tag = unknownTag;
-  bool isYoung = false;
+  FileTag tag : fileTagBits = unknownTag;
+  bool isYoung : 1 = false;
   // Reached through a symbolic link: no watch on the directory tells when it changes.
-  bool isLinked = false;
-  bool isUnreadable = false;
+  bool isLinked : 1 = false;
+  bool isUnreadable : 1 = false;
   // Ordered, and without what can never be shown: of two masters with one UID the one with the
   // lower SEQUENCE, then with the earlier LAST-MODIFIED; of two overrides of one occurrence
   // likewise.

@@ -101,7 +101,7 @@ class FileLoader {
     loaded.outcome = file.outcome;
     loaded.isWhole = text.isWhole;
     loaded.record = makeFileRecord(name, std::move(text.items));
-    loaded.record->tag = file.tag;
+    loaded.record->tag = file.tag & lastFileTag;
     loaded.record->isYoung = file.isYoung;
     loaded.record->isLinked = isLinked;
     return loaded;
