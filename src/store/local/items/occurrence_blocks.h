@@ -10,9 +10,9 @@
 #include <cstdint>
 #include <map>
 #include <memory>
-#include <unordered_map>
 #include <vector>
 
+#include "absl/container/flat_hash_map.h"
 #include "store/local/items/event_series.h"
 #include "store/local/items/store_order.h"
 #include "store/types.h"
@@ -89,8 +89,8 @@ class OccurrenceBlocks {
   std::size_t expandedBlocks_ = 0;
   // Series whose occurrences are kept in blocks, and those that are expanded for each query, by
   // their masters.
-  std::unordered_map<const Item*, EventSeries> series_;
-  std::unordered_map<const Item*, EventSeries> direct_;
+  absl::flat_hash_map<const Item*, EventSeries> series_;
+  absl::flat_hash_map<const Item*, EventSeries> direct_;
   // Events longer than a block.
   std::vector<PlacedEvent> long_;
   std::size_t seriesChanges_ = 0;
