@@ -15,7 +15,7 @@ namespace {
 constexpr std::size_t maximumNotedChanges = 1000;
 
 PlacedTodo placeItself(const Item& item, std::uint32_t collection) {
-  PlacedTodo todo{&item, item.todo->due, std::nullopt, collection};
+  PlacedTodo todo{&item, item.todo->due, {}, collection};
   if (item.recurrenceId) todo.occurrence = item.recurrenceId->toUtc();
   return todo;
 }

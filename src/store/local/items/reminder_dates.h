@@ -21,9 +21,9 @@ namespace tidemark::local {
 struct PlacedTodo {
   const Item* item = nullptr;
   // The due date; of an occurrence of a series, that occurrence's.
-  std::optional<Moment> due;
+  OptionalMoment due;
   // Where the occurrence that is shown was meant to be; absent where the to-do does not repeat.
-  std::optional<UtcSeconds> occurrence;
+  OptionalSeconds occurrence;
   std::uint32_t collection = 0;
 };
 

@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "store/local/recurrence/recurrence.h"
 #include "store/local/recurrence/recurrence_rule.h"
@@ -65,26 +67,29 @@ bool parseMask(std::string_view text, std::int64_t lowest, std::int64_t highest,
   });
 }
 
-void sortUnique(auto& list) {
+template <typename Part>
+std::vector<Part> sortedUnique(std::vector<Part> list) {
   std::sort(list.begin(), list.end());
   list.erase(std::unique(list.begin(), list.end()), list.end());
   list.shrink_to_fit();
+  return list;
 }
 
 // A list of numbers from -highest to highest without 0.
-bool parseList(std::string_view text, std::int64_t highest, std::vector<std::int16_t>& list) {
+bool parseList(std::string_view text, std::int64_t highest, RuleList<std::int16_t>& parts) {
+  std::vector<std::int16_t> list;
   const bool isUsable = forEachPiece(text, ',', [&](std::string_view piece) {
     const auto number = parseInteger(piece);
     if (!number || *number == 0 || *number < -highest || *number > highest) return false;
     list.push_back(static_cast<std::int16_t>(*number));
     return true;
   });
-  sortUnique(list);
+  parts = sortedUnique(std::move(list));
   return isUsable;
 }
 
 bool parseMonthDays(std::string_view text, RecurrenceRule& rule) {
-  std::vector<std::int16_t> days;
+  RuleList<std::int16_t> days;
   if (!parseList(text, 31, days)) return false;
   for (const std::int16_t day : days) {
     if (day > 0) rule.monthDays |= 1U << day;
@@ -94,6 +99,7 @@ bool parseMonthDays(std::string_view text, RecurrenceRule& rule) {
 }
 
 bool parseWeekdays(std::string_view text, RecurrenceRule& rule) {
+  std::vector<OrdinalDay> ordinalDays;
   const bool isUsable = forEachPiece(text, ',', [&](std::string_view piece) {
     if (piece.size() < 2) return false;
     const auto weekday = parseWeekday(piece.substr(piece.size() - 2));
@@ -104,11 +110,11 @@ bool parseWeekdays(std::string_view text, RecurrenceRule& rule) {
     }
     const auto ordinal = parseInteger(piece.substr(0, piece.size() - 2));
     if (!ordinal || *ordinal == 0 || *ordinal < -53 || *ordinal > 53) return false;
-    rule.ordinalDays.push_back(
+    ordinalDays.push_back(
         {static_cast<std::int8_t>(*ordinal), static_cast<std::uint8_t>(*weekday)});
     return true;
   });
-  sortUnique(rule.ordinalDays);
+  rule.ordinalDays = sortedUnique(std::move(ordinalDays));
   return isUsable;
 }
 
@@ -233,7 +239,7 @@ void completeFromStart(RecurrenceRule& rule) {
     for (const OrdinalDay& day : rule.ordinalDays) {
       rule.weekdays = static_cast<std::uint8_t>(rule.weekdays | 1U << day.weekday);
     }
-    rule.ordinalDays.clear();
+    rule.ordinalDays = {};
   }
   // Every Monday is every week's Monday, and whole weeks are counted faster.
   if (rule.frequency == Frequency::daily && rule.interval == 1 && rule.weekdays &&

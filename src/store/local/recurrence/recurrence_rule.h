@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "store/local/recurrence/library_days.h"
@@ -40,36 +41,53 @@ struct ClockSet {
   int at(int index) const;
 };
 
+// A sorted list that most rules do not have: one word where it is empty.
+template <typename Part>
+class RuleList {
+ public:
+  RuleList() = default;
+  RuleList(std::vector<Part> parts) {
+    if (!parts.empty()) parts_ = std::make_unique<const std::vector<Part>>(std::move(parts));
+  }
+
+  bool empty() const { return parts_ == nullptr; }
+  const Part* begin() const { return empty() ? nullptr : parts_->data(); }
+  const Part* end() const { return empty() ? nullptr : parts_->data() + parts_->size(); }
+
+ private:
+  std::unique_ptr<const std::vector<Part>> parts_;
+};
+
 // Bit n of a mask is the day of the month, or the month, n. A mask that is empty is a part that the
 // rule does not have.
 struct RecurrenceRule {
   Frequency frequency = Frequency::daily;
   std::uint8_t weekStart = 1;  // WKST; 0 is Sunday
   std::uint8_t weekdays = 0;   // BYDAY without numbers; bit 0 is Sunday
-  std::uint16_t months = 0;    // BYMONTH
+  // Whether a day can have the rule's month and day of the month at all.
+  bool canMatch = true;
+  std::uint16_t months = 0;  // BYMONTH
   std::uint32_t monthDays = 0;
   std::uint32_t monthDaysFromEnd = 0;  // BYMONTHDAY below 0: bit 1 is the last day
   std::uint32_t hours = 0;
   std::uint64_t minutes = 0;
   std::uint64_t seconds = 0;
-  std::vector<OrdinalDay> ordinalDays;    // BYDAY with numbers; sorted
-  std::vector<std::int16_t> yearDays;     // BYYEARDAY; sorted
-  std::vector<std::int16_t> weekNumbers;  // BYWEEKNO; sorted
-  std::vector<std::int16_t> positions;    // BYSETPOS; sorted
+  RuleList<OrdinalDay> ordinalDays;    // BYDAY with numbers
+  RuleList<std::int16_t> yearDays;     // BYYEARDAY
+  RuleList<std::int16_t> weekNumbers;  // BYWEEKNO
+  RuleList<std::int16_t> positions;    // BYSETPOS
 
   std::int64_t interval = 1;
   // COUNT, DTSTART included.
   std::optional<std::int64_t> count;
   // UNTIL, inclusive: an instant when it was UTC, else a reading of the series' clock.
-  std::optional<UtcSeconds> untilInstant;
-  std::optional<WallSeconds> untilWall;
+  OptionalSeconds untilInstant;
+  OptionalSeconds untilWall;
 
   // The DTSTART that the rule belongs to.
   WallSeconds start = 0;
   const Zone* zone = nullptr;
 
-  // Whether a day can have the rule's month and day of the month at all.
-  bool canMatch = true;
   // Present for rules whose days are the library's to find.
   std::unique_ptr<LibraryDays> libraryDays;
 

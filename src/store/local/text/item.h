@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cassert>
-#include <compare>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -70,25 +69,6 @@ class OptionalMoment {
   std::int64_t word_ = 0;
 };
 
-// A std::optional<UtcSeconds> of half the size, to be kept. An absent one is the earliest.
-class OptionalInstant {
- public:
-  OptionalInstant() = default;
-  OptionalInstant(UtcSeconds instant) : instant_(instant) {}
-
-  bool has_value() const { return instant_ != absent; }
-  explicit operator bool() const { return has_value(); }
-  UtcSeconds operator*() const { return instant_; }
-  operator std::optional<UtcSeconds>() const {
-    return has_value() ? std::optional(instant_) : std::nullopt;
-  }
-  friend auto operator<=>(const OptionalInstant&, const OptionalInstant&) = default;
-
- private:
-  static constexpr UtcSeconds absent = INT64_MIN;
-  UtcSeconds instant_ = absent;
-};
-
 // RFC 5545, 3.3.6: days are days of the calendar, seconds are exact.
 struct Duration {
   std::int64_t days = 0;
@@ -125,7 +105,7 @@ enum class TodoStatus : std::uint8_t { none, needsAction, inProcess, completed, 
 
 struct Todo {
   OptionalMoment due;         // DUE, else DTSTART + DURATION
-  OptionalInstant completed;  // COMPLETED
+  OptionalSeconds completed;  // COMPLETED
   TodoStatus status = TodoStatus::none;
   std::int16_t percentComplete = 0;
   std::int16_t priority = 0;
@@ -133,7 +113,7 @@ struct Todo {
 
 // All of an item but its texts.
 struct ItemProperties {
-  OptionalInstant lastModified;
+  OptionalSeconds lastModified;
   OptionalMoment start;
   OptionalMoment end;  // DTEND
   OptionalMoment recurrenceId;

@@ -223,7 +223,7 @@ void ItemReader::readMoment(OptionalMoment& target, const ContentLine& line) {
   if (!target) target = momentOf(line.parameters, line.value);
 }
 
-void ItemReader::readInstant(OptionalInstant& target, const ContentLine& line) {
+void ItemReader::readInstant(OptionalSeconds& target, const ContentLine& line) {
   if (const auto moment = momentOf(line.parameters, line.value)) target = moment->toUtc();
 }
 

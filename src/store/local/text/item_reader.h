@@ -42,7 +42,7 @@ class ItemReader {
   const Zone* zoneOf(std::string_view parameters);
   std::optional<Moment> momentOf(std::string_view parameters, std::string_view value);
   void readMoment(OptionalMoment& target, const ContentLine& line);
-  void readInstant(OptionalInstant& target, const ContentLine& line);
+  void readInstant(OptionalSeconds& target, const ContentLine& line);
   void readRecurrenceDates(const ContentLine& line);
   void readExceptions(const ContentLine& line);
   void readAttendee(const ContentLine& line);

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <atomic>
+#include <compare>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -22,6 +23,25 @@ using UtcSeconds = std::int64_t;
 using WallSeconds = std::int64_t;
 
 inline constexpr std::int64_t secondsPerDay = 86400;
+
+// A time that may be absent, in half the size of a std::optional. An absent one is the earliest.
+class OptionalSeconds {
+ public:
+  OptionalSeconds() = default;
+  OptionalSeconds(std::int64_t seconds) : seconds_(seconds) {}
+
+  bool has_value() const { return seconds_ != absent; }
+  explicit operator bool() const { return has_value(); }
+  std::int64_t operator*() const { return seconds_; }
+  operator std::optional<std::int64_t>() const {
+    return has_value() ? std::optional(seconds_) : std::nullopt;
+  }
+  friend auto operator<=>(const OptionalSeconds&, const OptionalSeconds&) = default;
+
+ private:
+  static constexpr std::int64_t absent = INT64_MIN;
+  std::int64_t seconds_ = absent;
+};
 
 class Zone {
  public:
