@@ -40,6 +40,7 @@ struct CollectionDirectory {
     attributes,  // its permissions may be others
     suspected,   // it looks different; nobody told whether its writer is done
     contents,    // it was told, or it is read for the first time
+    cutOff,      // it was read and had no end, and nothing was told of it since
   };
 
   std::string name;

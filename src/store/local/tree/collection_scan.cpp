@@ -56,6 +56,11 @@ std::tuple<bool, bool, bool> kindsIn(const CollectionItems& items) {
   return {items.isEmpty(), items.hasEvents(), items.hasTodos()};
 }
 
+bool isYoungFile(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 && isYoung(status);
+}
+
 // Whether the file may be read now, as far as can be told without reading all of it.
 bool isHalfWritten(const CollectionDirectory& directory, int opened, const std::string& name) {
   return directory.beingWritten.contains(name) && !FileReader::endsAsCalendar(opened, name.c_str());
@@ -263,6 +268,17 @@ void CollectionTree::accept(CollectionDirectory& directory, FileNews news, Loade
   }
   const bool isCutOff = loaded.outcome == FileText::Outcome::read && !loaded.isWhole;
   if (isCutOff && directory.beingWritten.contains(name)) return;
+  const bool isTold = directory.watch && news == FileNews::contents;
+  if (isCutOff && isTold && isYoungFile(directory.path + '/' + std::string(name))) {
+    // Who wrote it was done; the next one may have begun since, of which the watch then tells.
+    if (isLastRound_) {
+      directory.unsettled.emplace(name);
+    } else {
+      directory.changedFiles.emplace(name, FileNews::cutOff);
+      isCutOffFound_ = true;
+    }
+    return;
+  }
   if (isCutOff && news == FileNews::suspected && record.isYoung) {
     // Its writer may not be done; one that pauses for longer than a file is young is.
     directory.unsettled.emplace(name);

@@ -1,5 +1,6 @@
 #include "store/local/tree/collection_tree.h"
 
+#include <poll.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -13,6 +14,10 @@ namespace {
 
 // Changes that arrive while changes are read in are read in too, but not for ever.
 constexpr int maximumRounds = 4;
+
+// A file that is emptied is seen to be empty before the kernel tells of it: it gives the blocks
+// back in between.
+constexpr int newsOfTruncationMilliseconds = 100;
 
 std::string parentOf(const std::string& path) {
   const std::size_t slash = path.find_last_of('/');
@@ -132,8 +137,14 @@ void CollectionTree::note(CollectionDirectory& directory, const WatchEvent& even
 
 void CollectionTree::refresh() {
   // What was taken in before has its notices already.
+  isLastRound_ = false;
   finishBatch();
   for (int round = 0; round < maximumRounds; ++round) {
+    isLastRound_ = round + 1 == maximumRounds;
+    if (std::exchange(isCutOffFound_, false)) {
+      pollfd news{watchDescriptor(), POLLIN, 0};
+      static_cast<void>(::poll(&news, 1, newsOfTruncationMilliseconds));
+    }
     takeNews();
     // Of candidates, or of what is behind a link: that only the check finds out.
     const bool hasNewsOutside = hasCandidateNews_;

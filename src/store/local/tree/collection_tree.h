@@ -105,8 +105,10 @@ class CollectionTree {
   bool isRead_ = false;                         // the disk was read at least once
   bool isSuspect_ = false;                      // anything may have changed
   bool hasCandidateNews_ = true;
-  bool isChanged_ = false;    // an answer would be another one now
-  bool isAnnounced_ = false;  // and a notice was counted for it
+  bool isCutOffFound_ = false;  // see FileNews::cutOff
+  bool isLastRound_ = false;    // of those that one answer is worth
+  bool isChanged_ = false;      // an answer would be another one now
+  bool isAnnounced_ = false;    // and a notice was counted for it
   std::size_t notices_ = 0;
 };
 
