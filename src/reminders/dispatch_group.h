@@ -14,8 +14,8 @@ class DispatchGroup {
   void enter();
   void leave();
 
-  // Has the task run on the global queue once all that entered has left, now if it has. Called
-  // once.
+  // Has the task run once all that entered has left: on the global queue, or before the call
+  // returns if it has left by now. Called once.
   void notify(std::function<void()> task);
 
  private:
