@@ -20,12 +20,13 @@ const Calendar& calendarOf(const Item& item) {
 
 // The keys are arrays, so that their length is known where they are copied.
 template <std::size_t size>
-void addDate(JsonWriter& writer, const char (&key)[size], std::optional<Instant> date) {
+void addDate(JsonWriter& writer, const char (&key)[size], const std::optional<Instant>& date) {
   if (date) writer.plainMember(key, iso.format(*date).characters);
 }
 
 template <std::size_t size>
-void addText(JsonWriter& writer, const char (&key)[size], std::optional<std::string_view> text) {
+void addText(JsonWriter& writer, const char (&key)[size],
+             const std::optional<std::string_view>& text) {
   if (text) writer.member(key, *text);
 }
 
@@ -34,7 +35,8 @@ void addColor(JsonWriter& writer, const Calendar& calendar) {
   if (color) writer.plainMember("color", color->characters);
 }
 
-void addAttendees(JsonWriter& writer, std::optional<std::span<const Participant>> attendees) {
+void addAttendees(JsonWriter& writer,
+                  const std::optional<std::span<const Participant>>& attendees) {
   if (!attendees) return;
   writer.key("attendees");
   writer.beginArray();
@@ -64,22 +66,38 @@ void RecordEncoder::encode(const Calendar& calendar) {
 }
 
 void RecordEncoder::encode(const Event& event) {
+  // All is read before anything is written: calls of the store between the many small writes hold
+  // the processor up.
   const Calendar& calendar = calendarOf(event);
+  const auto identifier = event.eventIdentifier();
+  const auto title = event.title();
+  const bool isAllDay = event.isAllDay();
+  const bool isRecurring = event.hasRecurrenceRules();
+  const std::int64_t availability = event.availability();
+  const auto start = event.startDate();
+  const auto end = event.endDate();
+  const auto occurrence = event.occurrenceDate();
+  const auto lastModified = event.lastModifiedDate();
+  const auto notes = event.notes();
+  const auto url = event.url();
+  const auto location = event.location();
+  const auto attendees = event.attendees();
+
   writer_.beginObject();
-  writer_.member("id", event.eventIdentifier().value_or(""));
-  writer_.member("title", event.title().value_or(""));
+  writer_.member("id", identifier.value_or(""));
+  writer_.member("title", title.value_or(""));
   addCalendar(calendar, "calendarId", "calendar");
-  writer_.member("isAllDay", event.isAllDay());
-  writer_.member("isRecurring", event.hasRecurrenceRules());
-  writer_.member("availability", event.availability());
-  addDate(writer_, "start", event.startDate());
-  addDate(writer_, "end", event.endDate());
-  addDate(writer_, "occurrence", event.occurrenceDate());
-  addDate(writer_, "lastModified", event.lastModifiedDate());
-  addText(writer_, "notes", event.notes());
-  addText(writer_, "url", event.url());
-  addText(writer_, "location", event.location());
-  addAttendees(writer_, event.attendees());
+  writer_.member("isAllDay", isAllDay);
+  writer_.member("isRecurring", isRecurring);
+  writer_.member("availability", availability);
+  addDate(writer_, "start", start);
+  addDate(writer_, "end", end);
+  addDate(writer_, "occurrence", occurrence);
+  addDate(writer_, "lastModified", lastModified);
+  addText(writer_, "notes", notes);
+  addText(writer_, "url", url);
+  addText(writer_, "location", location);
+  addAttendees(writer_, attendees);
   writer_.endObject();
 }
 
