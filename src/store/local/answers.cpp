@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "store/local/local_event.h"
@@ -38,33 +39,49 @@ class Identifiers {
   char* end_;
 };
 
-template <typename Placed>
-std::size_t sizeOfIdentifiers(const Findings<Placed>& findings) {
-  std::size_t size = 0;
-  for (const Placed& placed : findings.placed) {
-    const LocalCalendar& calendar = *findings.calendars->numbered(placed.collection);
-    size += Identifiers::sizeOf(calendar, *placed.item);
-  }
-  return size;
-}
-
 // How far ahead of its event an item is asked for.
 constexpr std::size_t lookahead = 4;
 
+// How much room an answer needs besides its objects.
+struct Room {
+  std::size_t identifiers = 0;
+  std::size_t attendees = 0;
+};
+
+template <typename Placed>
+Room roomFor(const Findings<Placed>& findings) {
+  Room room;
+  for (const Placed& placed : findings.placed) {
+    const LocalCalendar& calendar = *findings.calendars->numbered(placed.collection);
+    room.identifiers += Identifiers::sizeOf(calendar, *placed.item);
+    room.attendees += placed.item->attendeeCount();
+  }
+  return room;
+}
+
 template <typename Object, typename Placed>
 struct Answer {
-  explicit Answer(Findings<Placed> found)
-      : identifiers(sizeOfIdentifiers(found)),
+  Answer(Findings<Placed> found, const Room& room)
+      : identifiers(room.identifiers),
+        attendees(new Participant[room.attendees]),
         calendars(std::move(found.calendars)),
         hold(std::move(found.hold)) {
     objects.reserve(found.placed.size());
+    Participant* next = attendees.get();
     for (const Placed& placed : found.placed) {
       const LocalCalendar& calendar = *calendars->numbered(placed.collection);
-      objects.emplace_back(placed, calendar, identifiers.add(calendar, *placed.item));
+      const std::string_view identifier = identifiers.add(calendar, *placed.item);
+      if constexpr (std::is_same_v<Object, LocalEvent>) {
+        objects.emplace_back(placed, calendar, identifier, next);
+        next += placed.item->attendeeCount();
+      } else {
+        objects.emplace_back(placed, calendar, identifier);
+      }
     }
   }
 
   Identifiers identifiers;
+  std::unique_ptr<Participant[]> attendees;
   std::shared_ptr<const Calendars> calendars;
   std::unique_ptr<RetiredItems::Hold> hold;
   std::vector<Object> objects;
@@ -72,7 +89,8 @@ struct Answer {
 
 template <typename Interface, typename Object, typename Placed>
 std::vector<std::shared_ptr<Interface>> makeObjects(Findings<Placed> findings) {
-  const auto answer = std::make_shared<Answer<Object, Placed>>(std::move(findings));
+  const Room room = roomFor(findings);
+  const auto answer = std::make_shared<Answer<Object, Placed>>(std::move(findings), room);
   std::vector<std::shared_ptr<Interface>> references;
   references.reserve(answer->objects.size());
   for (Object& object : answer->objects) references.emplace_back(answer, &object);
@@ -87,7 +105,7 @@ std::vector<EventRef> makeEvents(Findings<PlacedEvent> findings) {
     return static_cast<LocalEvent&>(*events[index]);
   };
   for (std::size_t index = 0; index + lookahead < events.size(); ++index) {
-    local(index).setNext(*local(index + lookahead).placed().item);
+    local(index).setNext(*local(index + lookahead).item());
   }
   return events;
 }

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "store/local/items/prefetch.h"
 #include "store/local/text/instants.h"
 
 namespace tidemark::local {
@@ -14,23 +15,29 @@ std::optional<std::string_view> textOf(const std::optional<std::string>* edited,
   return fetched.data() == nullptr ? std::nullopt : std::optional(fetched);
 }
 
-// The item, and of its texts what follows it in memory.
-void prefetch(const Item& item) {
-  constexpr std::size_t lineSize = 64;
-  const auto* memory = reinterpret_cast<const char*>(&item);
-  for (std::size_t line = 0; line < 12; ++line) __builtin_prefetch(memory + line * lineSize);
-}
-
 }  // namespace
 
+LocalEvent::LocalEvent(const PlacedEvent& placed, const LocalCalendar& calendar,
+                       std::string_view identifier, Participant* attendees)
+    : item_(placed.item),
+      calendar_(&calendar),
+      identifier_(identifier),
+      start_(instantOf(placed.start)),
+      end_(instantOf(placed.end)),
+      occurrence_(instantOf(placed.occurrence)),
+      repeats_(placed.repeats),
+      attendees_(attendees) {
+  if (item_->lastModified) lastModified_ = instantOf(*item_->lastModified);
+}
+
 std::optional<std::string_view> LocalEvent::eventIdentifier() const {
-  if (next_ != nullptr) prefetch(*next_);
-  return isNew() ? std::nullopt : std::optional(identifier_);
+  if (next_ != nullptr) prefetch(*next_, mostOfItem);
+  return item_ == nullptr ? std::nullopt : std::optional(identifier_);
 }
 
 std::optional<std::string_view> LocalEvent::title() const {
   return textOf(edits_ ? &edits_->change.title : nullptr,
-                isNew() ? std::string_view() : placed_.item->title());
+                item_ == nullptr ? std::string_view() : item_->title());
 }
 
 const Calendar* LocalEvent::calendar() const {
@@ -39,69 +46,74 @@ const Calendar* LocalEvent::calendar() const {
 
 bool LocalEvent::isAllDay() const {
   if (edits_ && edits_->change.isAllDay) return *edits_->change.isAllDay;
-  return !isNew() && placed_.item->start->isDate;
+  return item_ != nullptr && item_->start->isDate;
 }
 
 bool LocalEvent::hasRecurrenceRules() const {
-  return placed_.repeats;
+  return repeats_;
 }
 
 std::int64_t LocalEvent::availability() const {
   if (edits_ && edits_->change.availability) return *edits_->change.availability;
-  return isNew() ? 0 : placed_.item->availability;
+  return item_ == nullptr ? 0 : item_->availability;
 }
 
 std::optional<Instant> LocalEvent::startDate() const {
-  if (edits_ && edits_->change.start) return instantOf(*edits_->change.start);
-  return isNew() ? std::nullopt : std::optional(instantOf(placed_.start));
+  return start_;
 }
 
 std::optional<Instant> LocalEvent::endDate() const {
-  if (edits_ && edits_->change.end) return instantOf(*edits_->change.end);
-  return isNew() ? std::nullopt : std::optional(instantOf(placed_.end));
+  return end_;
 }
 
 std::optional<Instant> LocalEvent::occurrenceDate() const {
-  return isNew() ? std::nullopt : std::optional(instantOf(placed_.occurrence));
+  return occurrence_;
 }
 
 std::optional<Instant> LocalEvent::lastModifiedDate() const {
-  if (isNew() || !placed_.item->lastModified) return std::nullopt;
-  return instantOf(*placed_.item->lastModified);
+  return lastModified_;
 }
 
 std::optional<std::string_view> LocalEvent::notes() const {
   return textOf(edits_ ? &edits_->change.notes : nullptr,
-                isNew() ? std::string_view() : placed_.item->notes());
+                item_ == nullptr ? std::string_view() : item_->notes());
 }
 
 std::optional<std::string_view> LocalEvent::url() const {
   if (edits_ && edits_->change.url) return *edits_->change.url;
-  return textOf(nullptr, isNew() ? std::string_view() : placed_.item->url());
+  return textOf(nullptr, item_ == nullptr ? std::string_view() : item_->url());
 }
 
 std::optional<std::string_view> LocalEvent::location() const {
   return textOf(edits_ ? &edits_->change.location : nullptr,
-                isNew() ? std::string_view() : placed_.item->location());
+                item_ == nullptr ? std::string_view() : item_->location());
 }
 
 std::optional<std::span<const Participant>> LocalEvent::attendees() const {
-  if (isNew() || placed_.item->attendeeCount() == 0) return std::nullopt;
-  if (attendees_.empty()) {
-    attendees_.reserve(placed_.item->attendeeCount());
-    placed_.item->forEachAttendee([this](const Attendee& attendee) {
-      attendees_.push_back({attendee.name, attendee.address});
-    });
-  }
-  return attendees_;
+  if (item_ == nullptr || item_->attendeeCount() == 0) return std::nullopt;
+  Participant* next = attendees_;
+  item_->forEachAttendee([&next](const Attendee& attendee) {
+    *next++ = {attendee.name, attendee.address};
+  });
+  return std::span<const Participant>(attendees_, next);
+}
+
+std::optional<UtcSeconds> LocalEvent::occurrence() const {
+  if (item_ == nullptr || !(repeats_ || item_->recurrenceId)) return std::nullopt;
+  return wholeSeconds(*occurrence_);
 }
 
 void LocalEvent::become(std::shared_ptr<const LocalEvent> saved) {
-  placed_ = saved->placed_;
+  item_ = saved->item_;
   calendar_ = saved->calendar_;
   identifier_ = saved->identifier_;
+  start_ = saved->start_;
+  end_ = saved->end_;
+  occurrence_ = saved->occurrence_;
+  lastModified_ = saved->lastModified_;
+  repeats_ = saved->repeats_;
+  attendees_ = saved->attendees_;
   edits_.reset();
-  attendees_.clear();
   saved_ = std::move(saved);
 }
 
@@ -116,10 +128,12 @@ void LocalEvent::setTitle(std::string_view title) {
 
 void LocalEvent::setStartDate(Instant start) {
   edited().change.start = wholeSeconds(start);
+  start_ = instantOf(*edits_->change.start);
 }
 
 void LocalEvent::setEndDate(Instant end) {
   edited().change.end = wholeSeconds(end);
+  end_ = instantOf(*edits_->change.end);
 }
 
 void LocalEvent::setAllDay(bool allDay) {

@@ -6,7 +6,6 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "store/local/editor/calendar_editor.h"
 #include "store/local/items/event_series.h"
@@ -25,9 +24,10 @@ class LocalEvent final : public Event {
  public:
   // A new event.
   LocalEvent() = default;
-  // `identifier`, the item and the calendar are kept alive by whoever owns the event.
-  LocalEvent(const PlacedEvent& placed, const LocalCalendar& calendar, std::string_view identifier)
-      : placed_(placed), calendar_(&calendar), identifier_(identifier) {}
+  // The item, the calendar, `identifier` and `attendees`, which has room for those of the item, are
+  // kept alive by whoever owns the event.
+  LocalEvent(const PlacedEvent& placed, const LocalCalendar& calendar, std::string_view identifier,
+             Participant* attendees);
 
   std::optional<std::string_view> eventIdentifier() const override;
   std::optional<std::string_view> title() const override;
@@ -54,12 +54,15 @@ class LocalEvent final : public Event {
   void setAvailability(std::int64_t availability) override;
   void setCalendar(CalendarRef calendar) override;
 
-  // The item of an object that is read soon after this one.
+  // The item of an event that is read soon after this one: the processor fetches it from memory
+  // while this one is read. An answer's items stand wherever their files put them, and waiting for
+  // each takes longer than writing it.
   void setNext(const Item& next) { next_ = &next; }
 
-  // For whoever saves it.
-  bool isNew() const { return placed_.item == nullptr; }
-  const PlacedEvent& placed() const { return placed_; }
+  // For whoever saves it. A new one has no item.
+  const Item* item() const { return item_; }
+  // Which occurrence of its series it is; absent for one that stands alone.
+  std::optional<UtcSeconds> occurrence() const;
   // Where it was when it was fetched; null for a new one.
   const LocalCalendar* fetchedFrom() const { return calendar_; }
   const EventEdits* edits() const { return edits_.get(); }
@@ -68,17 +71,20 @@ class LocalEvent final : public Event {
 
  private:
   EventEdits& edited();
-  // Has the processor fetch the next item from memory while this one is read: an answer's items
-  // stand wherever their files put them, and waiting for each takes longer than writing it.
-  void prefetchNext() const;
 
-  PlacedEvent placed_;
+  const Item* item_ = nullptr;
   const LocalCalendar* calendar_ = nullptr;
   std::string_view identifier_;
+  // As they are handed out.
+  std::optional<Instant> start_;
+  std::optional<Instant> end_;
+  std::optional<Instant> occurrence_;
+  std::optional<Instant> lastModified_;
+  bool repeats_ = false;
   const Item* next_ = nullptr;
+  // Filled when they are asked for.
+  Participant* attendees_ = nullptr;
   std::unique_ptr<EventEdits> edits_;
-  // Made when they are asked for.
-  mutable std::vector<Participant> attendees_;
   // Owns what the views show, once the event was saved.
   std::shared_ptr<const LocalEvent> saved_;
 };

@@ -39,15 +39,15 @@ class LocalReminder final : public Reminder {
   void setDueDateComponents(const DateComponents& due) override;
   void setCompleted(bool completed) override;
 
-  // For whoever saves it.
-  bool isNew() const { return placed_.item == nullptr; }
-  const PlacedTodo& placed() const { return placed_; }
+  // As LocalEvent's.
+  const Item* item() const { return placed_.item; }
+  std::optional<UtcSeconds> occurrence() const { return placed_.occurrence; }
   const LocalCalendar* fetchedFrom() const { return list_; }
   const ReminderEdits* edits() const { return edits_.get(); }
-  // As LocalEvent::become.
   void become(std::shared_ptr<const LocalReminder> saved);
 
  private:
+  bool isNew() const { return item() == nullptr; }
   ReminderEdits& edited();
 
   PlacedTodo placed_;

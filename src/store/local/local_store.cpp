@@ -89,9 +89,10 @@ class LocalStore final : public Store {
     }
     if (saved.calendar() == nullptr) return StoreResult::failure(noCalendar);
     const EventChange change = saved.edits() ? saved.edits()->change : EventChange();
-    const auto occurrence = occurrenceOf(saved);
-    const Written written = saved.isNew() ? create(*saved.calendar(), change)
-                                          : write(ItemKind::event, saved, occurrence, change);
+    const auto occurrence = saved.occurrence();
+    const Written written = saved.item() == nullptr
+                                ? create(*saved.calendar(), change)
+                                : write(ItemKind::event, saved, occurrence, change);
     if (!written.result) return written.result;
 
     auto findings = find<PlacedEvent>(written.identifier, EntityType::event,
@@ -107,7 +108,7 @@ class LocalStore final : public Store {
 
   StoreResult removeEvent(Event& event) override {
     const auto& removed = static_cast<const LocalEvent&>(event);
-    return remove(ItemKind::event, removed, occurrenceOf(removed));
+    return remove(ItemKind::event, removed, removed.occurrence());
   }
 
   void fetchRemindersMatchingPredicate(const ReminderPredicate& predicate,
@@ -128,9 +129,9 @@ class LocalStore final : public Store {
     auto& saved = static_cast<LocalReminder&>(reminder);
     if (saved.calendar() == nullptr) return StoreResult::failure(noList);
     const TodoChange change = saved.edits() ? saved.edits()->change : TodoChange();
-    const Written written = saved.isNew()
+    const Written written = saved.item() == nullptr
                                 ? create(*saved.calendar(), change)
-                                : write(ItemKind::todo, saved, saved.placed().occurrence, change);
+                                : write(ItemKind::todo, saved, saved.occurrence(), change);
     if (!written.result) return written.result;
 
     ReminderRef found = calendarItemWithIdentifier(written.identifier);
@@ -261,14 +262,6 @@ class LocalStore final : public Store {
     return findings;
   }
 
-  // Which occurrence of its series an event is; absent for one that stands alone.
-  static std::optional<UtcSeconds> occurrenceOf(const LocalEvent& event) {
-    if (event.isNew()) return std::nullopt;
-    const PlacedEvent& placed = event.placed();
-    const bool isOccurrence = placed.repeats || placed.item->recurrenceId;
-    return isOccurrence ? std::optional(placed.occurrence) : std::nullopt;
-  }
-
   // What a save came to, and the identifier that the item now has.
   struct Written {
     StoreResult result;
@@ -299,7 +292,7 @@ class LocalStore final : public Store {
     if (!home->allowsContentModifications || !target->allowsContentModifications) {
       return refusal(readOnly);
     }
-    const ItemName name{std::string(object.placed().item->uid()), occurrence};
+    const ItemName name{std::string(object.item()->uid()), occurrence};
     const std::optional<ItemPlace> place = placeOf(kind, *home, name.uid);
     if (!place) return refusal(isGone);
     std::string identifier = identifierIn(*target, name.uid);
@@ -312,10 +305,11 @@ class LocalStore final : public Store {
 
   template <typename Object>
   StoreResult remove(ItemKind kind, const Object& object, std::optional<UtcSeconds> occurrence) {
-    const LocalCalendarRef home = object.isNew() ? nullptr : currentCalendar(*object.fetchedFrom());
+    const LocalCalendarRef home =
+        object.item() == nullptr ? nullptr : currentCalendar(*object.fetchedFrom());
     if (!home) return StoreResult::failure(isGone);
     if (!home->allowsContentModifications) return StoreResult::failure(readOnly);
-    const ItemName name{std::string(object.placed().item->uid()), occurrence};
+    const ItemName name{std::string(object.item()->uid()), occurrence};
     const std::optional<ItemPlace> place = placeOf(kind, *home, name.uid);
     if (!place) return StoreResult::failure(isGone);
     return removeItem(kind, *place, name);

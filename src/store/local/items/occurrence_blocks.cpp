@@ -4,6 +4,7 @@
 #include <functional>
 #include <iterator>
 
+#include "store/local/items/prefetch.h"
 #include "store/local/recurrence/recurrence.h"
 #include "store/local/text/instants.h"
 #include "store/range.h"
@@ -286,6 +287,7 @@ std::vector<PlacedEvent> OccurrenceBlocks::collect(const Range& range, const Sel
       if (!isFirst && event.start < startOf(block->first)) continue;
       if (event.isExpanded && !withExpanded) continue;
       if (range.holds(event) && selection[event.collection]) {
+        prefetch(*event.item, headOfItem);
         found.push_back(event);
       }
     }
