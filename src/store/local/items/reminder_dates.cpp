@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "store/local/items/prefetch.h"
 #include "store/local/recurrence/recurrence.h"
 #include "store/local/text/instants.h"
 #include "store/local/text/todo.h"
@@ -148,7 +149,9 @@ std::vector<PlacedTodo> ReminderDates::find(List& list, std::optional<Instant> f
   }
   std::vector<PlacedTodo> found;
   for (; dated != list.sorted.end() && rangeHoldsDate(from, to, instantOf(dated->date)); ++dated) {
-    if (selection[dated->todo.collection]) found.push_back(dated->todo);
+    if (!selection[dated->todo.collection]) continue;
+    prefetch(*dated->todo.item, mostOfItem);
+    found.push_back(dated->todo);
   }
   return found;
 }
