@@ -68,20 +68,20 @@ class Writing {
     const std::string identifier = identifierIn(reply);
     const fs::path file =
         store_.root() / collection / (identifier.substr(identifier.find(':') + 1) + ".ics");
-    addLimits(create_, fs::file_size(file), title, true);
+    addLimits(create_, '+' + std::to_string(fs::file_size(file)), title, true);
 
     write(update_,
           R"("cmd":"update","eventId":")" + identifier + R"(","title":"Changed )" + title + R"(")");
-    addLimits(update_, fs::file_size(file), "Changed " + title, true);
+    addLimits(update_, std::to_string(fs::file_size(file)), "Changed " + title, true);
 
     write(occurrence_, R"("cmd":"update","eventId":")" + std::string(collection) + ':' + seriesUid +
                            R"(","occurrence":")" + changedDay() + R"(T10:00:00Z","title":"Moved )" +
                            title + R"(")");
-    addLimits(occurrence_, fs::file_size(store_.root() / collection / seriesFile), "Moved " + title,
-              true);
+    addLimits(occurrence_, std::to_string(fs::file_size(store_.root() / collection / seriesFile)),
+              "Moved " + title, true);
 
     write(remove_, R"("cmd":"delete","eventId":")" + identifier + R"(")");
-    addLimits(remove_, 0, "Changed " + title, false);
+    addLimits(remove_, "0", "Changed " + title, false);
   }
 
   std::vector<Figure> figures() const {
@@ -127,13 +127,14 @@ class Writing {
     return std::string(reply);
   }
 
-  // `title` is in the week's answer after the change, or is not.
-  void addLimits(Change& change, std::size_t size, const std::string& title, bool isShown) {
+  // The same on disk is write_durably's `write`. `title` is in the week's answer after the change,
+  // or is not.
+  void addLimits(Change& change, const std::string& write, const std::string& title, bool isShown) {
     std::string_view answer;
     change.weekAfter.measured.add(timed([&] { answer = bridge_.ask(week_); }));
     stale_ += (answer.find('"' + title + '"') != answer.npos) != isShown;
     change.weekAfter.limit.add(echoOf(sizedEcho_, answer.size()));
-    writer_.send(std::to_string(size));
+    writer_.send(write);
     constexpr double nanoseconds = 1e-9;
     change.durable.limit.add(std::strtod(std::string(writer_.receive()).c_str(), nullptr) *
                              nanoseconds);

@@ -1,8 +1,8 @@
 // Changes one file of a folder so that no crash undoes it, and nothing else. A line that holds a
-// number N writes N bytes: to a temporary file, synced, renamed into place, the folder synced. Zero
-// removes the file and syncs the folder. The answer is the nanoseconds that it took, pipes not
-// included. The file of before goes first and is not counted: some file systems write more when a
-// rename replaces something.
+// number N writes N bytes: to a temporary file, synced, renamed over the file that is there, the
+// folder synced. With "+" before N the file is a new one: the one of before goes first and is not
+// counted, since freeing it takes some file systems long. Zero removes the file and syncs the
+// folder. The answer is the nanoseconds that it took, pipes not included.
 #include <fcntl.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -37,7 +37,7 @@ int main(int count, char** arguments) {
     request[got] = '\0';
     size_t size = strtoull(request, NULL, 10);
     if (size > maximumSize) return 1;
-    if (size) (void)unlinkat(folder, "item.ics", 0);
+    if (request[0] == '+') (void)unlinkat(folder, "item.ics", 0);
     struct timespec begin, end;
     clock_gettime(CLOCK_MONOTONIC, &begin);
     if (size ? writeFile(folder, text, size) : removeFile(folder)) return 1;
