@@ -31,7 +31,10 @@ static void addOperation(NSOperationQueue* self, SEL selector, NSOperation* oper
     [NSClassFromString(name) class];
   }
   Method method = class_getInstanceMethod([NSOperationQueue class], @selector(addOperation:));
-  addToQueue = (void (*)(id, SEL, NSOperation*))method_setImplementation(method, (IMP)addOperation);
+  // By way of the one type that compilers let any function be cast to and from.
+  typedef void (*Function)(void);
+  addToQueue = (void (*)(id, SEL, NSOperation*))(Function)method_setImplementation(
+      method, (IMP)(Function)addOperation);
   [pool release];
 }
 @end
