@@ -2,7 +2,7 @@
 # in tests/eventkit/. Sets TIDEMARK_EVENTKIT_ON_LINUX when all is there.
 find_program(TIDEMARK_CLANG NAMES clang clang-14)
 find_program(TIDEMARK_CLANGXX NAMES clang++ clang++-14)
-find_path(GNUSTEP_INCLUDE Foundation/Foundation.h PATHS /usr/include/GNUstep NO_DEFAULT_PATH)
+find_path(GNUSTEP_INCLUDE Foundation/Foundation.h PATH_SUFFIXES GNUstep)
 find_library(GNUSTEP_BASE gnustep-base)
 find_library(LIBOBJC libobjc.so.4)
 
