@@ -22,6 +22,12 @@ def text_of(value):
     return value.isoformat()
 
 
+def in_zone(zone, value):
+    """The same reading in a zone of icalendar's: pytz's until version 5, a tzinfo like any other since 6."""
+    reading = value.replace(tzinfo=None)
+    return zone.localize(reading) if hasattr(zone, "localize") else reading.replace(tzinfo=zone)
+
+
 def listing(path):
     with open(path, "rb") as file:
         calendar = icalendar.Calendar.from_ical(file.read())
@@ -43,7 +49,7 @@ def listing(path):
             item[name] = text_of(value)
             zone = zones.get(component[name].params.get("TZID"))
             if zone:
-                item[name + " by VTIMEZONE"] = text_of(zone.localize(value.replace(tzinfo=None)))
+                item[name + " by VTIMEZONE"] = text_of(in_zone(zone, value))
         if "EXDATE" in component:
             lines = component["EXDATE"] if isinstance(component["EXDATE"], list) else [component["EXDATE"]]
             item["EXDATE"] = [text_of(date.dt) for line in lines for date in line.dts]
