@@ -40,7 +40,7 @@ def include_folders():
 
 def target(version):
     """Arguments for that macOS, with Linux's headers in the place of an SDK."""
-    system = []
+    system = ["-isystem", f"{ROOT}/tests/eventkit/without_float128"]
     for folder in include_folders():
         system += ["-isystem" if "c++" in folder else "-idirafter", folder]
     return [
