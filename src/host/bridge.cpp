@@ -47,6 +47,7 @@ void silenceDeath() {
 // seldom meet.
 void useOneHeap() {
 #if defined(__GLIBC__)
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): no other thread exists yet
   static_cast<void>(::mallopt(M_ARENA_MAX, 1));
 #endif
 }

@@ -114,7 +114,8 @@ class Periods {
       case Frequency::monthly: {
         if (unit > monthNumberOf(limit)) return false;
         const auto year = static_cast<int>(floorDivide(unit, 12));
-        appendDaysOfMonth(rule_, year, static_cast<unsigned>(unit - year * 12 + 1), days);
+        appendDaysOfMonth(rule_, year, static_cast<unsigned>(unit - std::int64_t{year} * 12 + 1),
+                          days);
         return true;
       }
       case Frequency::yearly:
@@ -167,7 +168,7 @@ class DayReadings final : public Readings {
         periods_(rule),
         clock_(clockSetOf(rule)),
         clockSize_(clock_.size()),
-        periodSize_(periods_.daysInEach() * clockSize_),
+        periodSize_(std::int64_t{periods_.daysInEach()} * clockSize_),
         from_(std::max(from, rule.start + 1)),
         to_(std::min(to, lastWall)) {
     if (!rule.canMatch || from_ > to_) {

@@ -208,7 +208,7 @@ void CollectionTree::checkName(CollectionDirectory& directory, const std::string
 
 void CollectionTree::checkFiles(CollectionDirectory& directory) {
   const auto changed = std::exchange(directory.changedFiles, {});
-  Descriptor opened = openDirectory(directory.path);
+  const Descriptor opened = openDirectory(directory.path);
   std::map<FileNews, FileNames> names;
   for (const auto& [name, news] : changed) {
     const EntryKind kind = opened ? entryKindOf(opened.get(), name) : EntryKind::absent;
@@ -223,11 +223,9 @@ void CollectionTree::checkFiles(CollectionDirectory& directory) {
       names[news].add(name, isLinked);
     }
   }
-  while (!names.empty()) {
-    auto group = names.extract(names.begin());
-    // Each order has a descriptor of its own; most changes make one.
-    Descriptor own = names.empty() ? std::move(opened) : openDirectory(directory.path);
-    order(directory, std::move(own), std::move(group.mapped()), group.key());
+  for (auto& [news, files] : names) {
+    Descriptor own(::fcntl(opened.get(), F_DUPFD_CLOEXEC, 0));
+    order(directory, std::move(own), std::move(files), news);
   }
 }
 
