@@ -42,6 +42,14 @@ class Identifiers {
 // How far ahead of its event an item is asked for.
 constexpr std::size_t lookahead = 4;
 
+// Reminders have none.
+std::size_t attendeesOf(const PlacedEvent& placed) {
+  return placed.item->attendeeCount();
+}
+std::size_t attendeesOf(const PlacedTodo&) {
+  return 0;
+}
+
 // How much room an answer needs besides its objects.
 struct Room {
   std::size_t identifiers = 0;
@@ -54,7 +62,7 @@ Room roomFor(const Findings<Placed>& findings) {
   for (const Placed& placed : findings.placed) {
     const LocalCalendar& calendar = *findings.calendars->numbered(placed.collection);
     room.identifiers += Identifiers::sizeOf(calendar, *placed.item);
-    room.attendees += placed.item->attendeeCount();
+    room.attendees += attendeesOf(placed);
   }
   return room;
 }
@@ -73,7 +81,7 @@ struct Answer {
       const std::string_view identifier = identifiers.add(calendar, *placed.item);
       if constexpr (std::is_same_v<Object, LocalEvent>) {
         objects.emplace_back(placed, calendar, identifier, next);
-        next += placed.item->attendeeCount();
+        next += attendeesOf(placed);
       } else {
         objects.emplace_back(placed, calendar, identifier);
       }
