@@ -1,5 +1,7 @@
 #include "store/local_time_zone.h"
 
+#include <absl/strings/ascii.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cstdlib>
@@ -8,7 +10,7 @@ namespace tidemark {
 namespace {
 
 bool isLetter(char byte) {
-  return (byte >= 'A' && byte <= 'Z') || (byte >= 'a' && byte <= 'z');
+  return absl::ascii_isalpha(static_cast<unsigned char>(byte));
 }
 
 // Takes the zone's name, at least three letters or anything in angle brackets, from the front.

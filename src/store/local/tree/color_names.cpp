@@ -1,5 +1,7 @@
 #include "store/local/tree/color_names.h"
 
+#include <absl/strings/ascii.h>
+
 #include <algorithm>
 #include <array>
 #include <string>
@@ -172,10 +174,7 @@ static_assert(std::is_sorted(namedColors.begin(), namedColors.end(), comesBefore
 }  // namespace
 
 std::optional<std::uint32_t> colorNamed(std::string_view name) {
-  std::string lower(name);
-  for (char& c : lower) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
+  const std::string lower = absl::AsciiStrToLower(std::string(name));
   const auto found =
       std::lower_bound(namedColors.begin(), namedColors.end(), NamedColor{lower, 0}, comesBefore);
   if (found == namedColors.end() || found->name != lower) return std::nullopt;

@@ -1,5 +1,6 @@
 #include "store/local/zones/zone.h"
 
+#include <absl/strings/ascii.h>
 #include <absl/time/civil_time.h>
 #include <absl/time/time.h>
 
@@ -60,14 +61,6 @@ struct StringHash : std::hash<std::string_view> {
 };
 using ZonesByName = std::unordered_map<std::string, const Zone*, StringHash, std::equal_to<>>;
 
-std::string lowered(std::string_view name) {
-  std::string result(name);
-  for (char& byte : result) {
-    if (byte >= 'A' && byte <= 'Z') byte = static_cast<char>(byte - 'A' + 'a');
-  }
-  return result;
-}
-
 // The names of the database by what they are in lower case: case says nothing in a parameter
 // (RFC 5545, 3.2), but does in the names of files.
 std::unordered_map<std::string, std::string> readDatabaseNames() {
@@ -83,7 +76,7 @@ std::unordered_map<std::string, std::string> readDatabaseNames() {
     if (!isZoneName(name)) {
       entry.disable_recursion_pending();
     } else if (entry->is_regular_file(error)) {
-      names.emplace(lowered(name), name);
+      names.emplace(absl::AsciiStrToLower(name), name);
     }
   }
   return names;
@@ -122,7 +115,7 @@ class SystemZones {
     if (byName_.size() >= maximumZones) return nullptr;
     if (!absl::LoadTimeZone(ownName, &zone)) {
       if (!databaseNames_) databaseNames_ = readDatabaseNames();
-      const auto spelt = databaseNames_->find(lowered(name));
+      const auto spelt = databaseNames_->find(absl::AsciiStrToLower(ownName));
       return spelt == databaseNames_->end() || spelt->second == name ? nullptr
                                                                      : load(spelt->second);
     }
